@@ -1,0 +1,12 @@
+// The one way in for the system's header: sets its switches and undoes its macros.
+#pragma once
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <winsock2.h> // before windows.h, which would bring the older one
+
+#include <windows.h>
+
+#undef near
+#undef far
+#undef interface
