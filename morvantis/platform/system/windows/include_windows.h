@@ -2,7 +2,9 @@
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX // the C++ library of mingw-w64 sets it itself
 #define NOMINMAX
+#endif
 #include <winsock2.h> // before windows.h, which would bring the older one
 
 #include <windows.h>
