@@ -32,3 +32,8 @@ MORVANTIS_API void xyl_heap_free(void* memory);
 
 // Bytes that the block really has: its size as asked for, or more. 0 for null.
 MORVANTIS_API size_t xyl_heap_usable_size(const void* memory);
+
+// The heap under the names that the engine's modules know: xyl_heap_allocate() and
+// xyl_heap_free(). Nothing in the library calls these two.
+extern "C" MORVANTIS_API void* XXH_malloc(size_t size);
+extern "C" MORVANTIS_API void XXH_free(void* memory);
