@@ -9,6 +9,8 @@
 
 #include <windows.h>
 
+#include <mmsystem.h> // its own declarations need the macros that go below
+
 #undef near
 #undef far
 #undef interface
