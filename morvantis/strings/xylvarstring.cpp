@@ -1,0 +1,286 @@
+#include <morvantis/strings/xylvarstring.h>
+
+#include <morvantis/core/legacy_format.h>
+#include <morvantis/memory/xylheap.h>
+#include <morvantis/strings/ascii.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+constexpr int least_capacity = 16;
+constexpr size_t number_limit =
+	32; // a number's text is cut as by xyl_snprintf() into this many bytes
+constexpr size_t format_limit = 512;
+
+constexpr size_t size_of(int count) { return static_cast<size_t>(count); }
+
+int first_capacity(unsigned int length) {
+	return std::max(least_capacity, static_cast<int>(length + 1));
+}
+
+char* allocate_text(int capacity) {
+	char* text = static_cast<char*>(xyl_heap_allocate(size_of(capacity)));
+	text[0] = 0;
+	return text;
+}
+
+// The capacity that follows `capacity` for a text of `wanted` bytes with its terminator.
+int doubled_capacity(int capacity, unsigned int wanted) {
+	unsigned long long doubled = static_cast<unsigned int>(capacity);
+	do {
+		doubled *= 2;
+	} while (doubled <= wanted);
+	return static_cast<int>(doubled);
+}
+
+} // namespace
+
+xylVarString::xylVarString(const char* source) {
+	if (source) assign_bytes(source, std::strlen(source));
+}
+
+xylVarString::xylVarString(const char* source, int count) {
+	if (source) assign_bytes(source, size_of(count));
+}
+
+xylVarString::xylVarString(const std::string& source) {
+	assign_bytes(source.data(), source.size());
+}
+
+xylVarString::xylVarString(const xylString_base& source) {
+	assign_bytes(source.char_p(), size_of(source.length()));
+}
+
+xylVarString::xylVarString(const xylVarString& source)
+	: xylVarString(static_cast<const xylString_base&>(source)) {
+	if (!source.is_empty()) cursor_ = source.cursor_;
+}
+
+xylVarString::xylVarString(xylVarString&& source) noexcept { swap_contents(*this, source); }
+
+xylVarString::~xylVarString() { xyl_heap_free(text_); }
+
+void xylVarString::set_length_externally(unsigned int length) {
+	ensure_length(length);
+	length_ = static_cast<int>(length);
+	text_[length_] = 0;
+}
+
+void xylVarString::empty_and_shrink(unsigned int length) {
+	*this = "";
+	xyl_heap_free(text_);
+	capacity_ = first_capacity(length);
+	text_ = allocate_text(capacity_);
+}
+
+void xylVarString::swap_contents(xylVarString& a, xylVarString& b) {
+	std::swap(a.text_, b.text_);
+	std::swap(a.length_, b.length_);
+	std::swap(a.capacity_, b.capacity_);
+	std::swap(a.cursor_, b.cursor_);
+}
+
+const xylVarString& xylVarString::empty_str() {
+	static const xylVarString empty;
+	return empty;
+}
+
+void xylVarString::operator=(const char* source) {
+	assign_bytes(source, source ? std::strlen(source) : 0);
+	cursor_ = 0;
+}
+
+xylVarString& xylVarString::operator=(const xylVarString& source) {
+	assign_bytes(source.text_, size_of(source.length_));
+	cursor_ = source.cursor_;
+	return *this;
+}
+
+xylVarString& xylVarString::operator=(xylVarString&& source) noexcept {
+	if (this == &source) return *this;
+	xyl_heap_free(text_);
+	str_init();
+	swap_contents(*this, source);
+	return *this;
+}
+
+xylVarString& xylVarString::operator=(const xylString_base& source) {
+	xylString_base::operator=(source);
+	return *this;
+}
+
+void xylVarString::set(const char* source, int count) { assign_bytes(source, size_of(count)); }
+
+void xylVarString::set_content(const char* source) { *this = source; }
+
+void xylVarString::copy(const char* source, int count) { assign_bytes(source, size_of(count)); }
+
+void xylVarString::append(const char* source, int count) {
+	if (count > 0) append_bytes(source, size_of(count));
+}
+
+void xylVarString::append(int value) {
+	char text[40];
+	append_bytes(text, size_of(std::snprintf(text, sizeof(text), "%d", value)));
+}
+
+void xylVarString::append(unsigned int value) { append(static_cast<long long>(value)); }
+
+void xylVarString::append(long long value) {
+	char text[number_limit];
+	append_bytes(text, size_of(std::snprintf(text, sizeof(text), "%lld", value)));
+}
+
+void xylVarString::append(unsigned long long value) {
+	char text[number_limit];
+	append_bytes(text, size_of(std::snprintf(text, sizeof(text), "%llu", value)));
+}
+
+void xylVarString::append(float value) { append(static_cast<double>(value)); }
+
+void xylVarString::append(double value) {
+	char text[512];
+	const size_t length = size_of(std::snprintf(text, sizeof(text), "%f", value));
+	// kept: what xyl_snprintf() leaves of a text that its buffer can't hold.
+	append_bytes(text, length > number_limit ? number_limit - 1 : length);
+}
+
+void xylVarString::append_formatted(const char* format, ...) {
+	char text[format_limit];
+	va_list arguments;
+	va_start(arguments, format);
+	format_bounded(text, sizeof(text), format, arguments);
+	va_end(arguments);
+	// A full buffer has no terminator.
+	const void* end = std::memchr(text, 0, sizeof(text));
+	const size_t length =
+		end ? static_cast<size_t>(static_cast<const char*>(end) - text) : sizeof(text);
+	if (length > 0) append_bytes(text, length);
+}
+
+void xylVarString::append_binary(const void* source, int count) {
+	if (count > 0) append_unterminated(static_cast<const char*>(source), size_of(count));
+}
+
+void xylVarString::push_back(const void* source, unsigned int count) {
+	if (count > 0) append_bytes(static_cast<const char*>(source), count);
+}
+
+xylVarString xylVarString::operator+(const xylVarString& other) const {
+	xylVarString sum(*this);
+	sum.append(other);
+	return sum;
+}
+
+xylVarString xylVarString::operator+(int value) const {
+	xylVarString sum(*this);
+	sum.append(value);
+	return sum;
+}
+
+xylVarString xylVarString::operator+(const char* other) const {
+	xylVarString sum(*this);
+	sum.append(other);
+	return sum;
+}
+
+void xylVarString::delete_range(int start, int count) {
+	if (count > length_ - start) count = length_ - start;
+	std::memmove(text_ + start, text_ + start + count, size_of(length_ - start - count));
+	length_ -= count;
+	text_[length_] = 0;
+}
+
+void xylVarString::insert(int position, const xylVarString& source) {
+	if (&source == this) return insert(position, xylVarString(source));
+	const xylVarString tail = get_substring(position, length_);
+	length_ = position;
+	append(source);
+	append(tail);
+}
+
+void xylVarString::insert(int position, char c) {
+	const xylVarString tail = get_substring(position, length_);
+	length_ = position;
+	append(c);
+	append(tail);
+}
+
+void xylVarString::remove(int start, int end) {
+	const xylVarString tail = get_substring(end, length_);
+	length_ = start;
+	append(tail); // kept: an empty tail writes no terminator.
+}
+
+bool xylVarString::compare_strings(const xylVarString& a, const xylVarString& b,
+                                   bool case_sensitive) {
+	return (case_sensitive ? std::strcmp(a.char_p(), b.char_p())
+	                       : ascii::compare_ignoring_case(a.char_p(), b.char_p())) < 0;
+}
+
+bool xylVarString::is_valid() const {
+	if (!text_) return length_ == 0 && capacity_ == 0;
+	return length_ >= 0 && length_ < capacity_ && size_of(capacity_) <= xyl_heap_usable_size(text_);
+}
+
+void xylVarString::str_init() {
+	text_ = nullptr;
+	length_ = 0;
+	capacity_ = 0;
+	cursor_ = 0;
+}
+
+// The one growth policy, for a capacity that is known not to do.
+void xylVarString::grow(unsigned int length) {
+	if (!text_) {
+		capacity_ = first_capacity(length);
+		text_ = allocate_text(capacity_);
+		return;
+	}
+	const int capacity = doubled_capacity(capacity_, length + 1);
+	char* text = static_cast<char*>(xyl_heap_allocate(size_of(capacity)));
+	std::memcpy(text, text_,
+	            size_of(capacity_)); // all of it: the length may not tell what is there
+	xyl_heap_free(text_);
+	text_ = text;
+	capacity_ = capacity;
+}
+
+// Appends to a storage that must grow. The old one lives until the source is copied, which may be
+// a part of it.
+void xylVarString::append_growing(const char* source, size_t count, unsigned int wanted) {
+	char* const old = std::exchange(text_, nullptr);
+	if (!old) {
+		grow(wanted);
+	} else {
+		const int capacity = doubled_capacity(capacity_, wanted + 1);
+		text_ = static_cast<char*>(xyl_heap_allocate(size_of(capacity)));
+		std::memcpy(text_, old, size_of(capacity_));
+		capacity_ = capacity;
+	}
+	std::memcpy(text_ + length_, source, count);
+	xyl_heap_free(old);
+}
+
+// Replaces the text. The source may be a part of it: such a one needs no larger storage.
+void xylVarString::assign_bytes(const char* source, size_t count) {
+	ensure_length(static_cast<unsigned int>(count));
+	if (count > 0) std::memmove(text_, source, count);
+	length_ = static_cast<int>(count);
+	terminate();
+}
+
+size_t xylVarStringHashFunction::operator()(const xylVarString& text) const {
+	constexpr unsigned long long offset_basis = 0xcbf29ce484222325;
+	constexpr unsigned long long prime = 0x100000001b3;
+	unsigned long long hash = offset_basis;
+	const char* const begin = text.char_p();
+	for (const char* at = begin; at != begin + text.length(); ++at) {
+		hash = (hash ^ static_cast<unsigned char>(*at)) * prime;
+	}
+	return hash;
+}

@@ -1,0 +1,151 @@
+// The variable string as a small text input: cursor, tokens, numbers, lines.
+
+#include <morvantis/strings/xylvarstring.h>
+
+#include <morvantis/strings/ascii.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int token_limit = 8192; // bytes of the caller's area
+constexpr int number_area = 20;   // bytes for the text of a number, terminator included
+
+bool can_be_in_number(char c) { return ascii::is_digit(c) || c == '+' || c == '-'; }
+
+// The characters of a number token as they are collected.
+class Number_text {
+public:
+	void add(char c) {
+		// Ends the process before the area overflows, as there is no value to go on with.
+		if (size_ == number_area - 1) std::abort();
+		text_[size_++] = c;
+	}
+	const char* terminated() {
+		text_[size_] = 0;
+		return text_;
+	}
+
+private:
+	char text_[number_area];
+	int size_ = 0;
+};
+
+} // namespace
+
+bool xylVarString::tcp_eof() const {
+	return eof() || (cursor_ == length_ - 1 && text_[cursor_] == ' ');
+}
+
+void xylVarString::move_cursor_to_next_char(char c) {
+	const int found = search_char(c, cursor_);
+	cursor_ = found < 0 ? length_ : found;
+}
+
+void xylVarString::pop_front(void* target, unsigned int count) {
+	if (count > 0) std::memcpy(target, text_ + cursor_, count);
+	cursor_ += static_cast<int>(count);
+}
+
+bool xylVarString::has_more_tokens() {
+	if (eof()) return false;
+	while (cursor_ < length_ && ascii::is_separator(text_[cursor_])) ++cursor_;
+	return cursor_ < length_;
+}
+
+xylVarString::Token_range xylVarString::take_token(int limit) {
+	if (!has_more_tokens()) return {cursor_, 0};
+	const bool quoted = text_[cursor_] == '"';
+	const int start = cursor_ + (quoted ? 1 : 0);
+	const int end = length_ - start > limit ? start + limit : length_;
+	int at = start;
+	if (quoted) {
+		while (at < end && text_[at] != '"') ++at;
+		cursor_ = at + 1; // kept: over the closing quote, or over whatever stands there
+	} else {
+		while (at < end && !ascii::is_separator(text_[at])) ++at;
+		cursor_ = at;
+	}
+	return {start, at - start};
+}
+
+void xylVarString::next_token(char* const token, int& size) {
+	const Token_range range = take_token(token_limit);
+	size = range.size;
+	if (size > 0) std::memcpy(token, text_ + range.start, static_cast<size_t>(size));
+	// kept: a token that fills the area loses its last byte to the terminator.
+	token[size < token_limit ? size : token_limit - 1] = 0;
+}
+
+void xylVarString::next_token_str(xylVarString& token) {
+	token.clear();
+	const Token_range range = take_token(length_);
+	if (range.size > 0) token.append_bytes(text_ + range.start, static_cast<size_t>(range.size));
+}
+
+xylVarString::Read_token_result xylVarString::try_next_token_int(int& value) {
+	if (!has_more_tokens()) return read_token_end_of_text;
+	Number_text number;
+	char last;
+	for (;;) {
+		// kept: the cursor passes the byte before it is tested, and the last byte of the text is
+		// never stored.
+		last = text_[cursor_++];
+		if (!can_be_in_number(last) || cursor_ == length_) break;
+		number.add(last);
+	}
+	if (!ascii::is_separator(last) && cursor_ < length_) return read_token_invalid;
+	value = std::atoi(number.terminated());
+	return read_token_success;
+}
+
+xylVarString::Read_token_result xylVarString::try_next_token_int64(long long& value) {
+	if (!has_more_tokens()) return read_token_end_of_text;
+	Number_text number;
+	for (; cursor_ < length_ && can_be_in_number(text_[cursor_]); ++cursor_) {
+		number.add(text_[cursor_]);
+	}
+	if (cursor_ < length_ && !ascii::is_separator(text_[cursor_])) return read_token_invalid;
+	value = static_cast<long long>(std::strtoull(number.terminated(), nullptr, 10));
+	return read_token_success;
+}
+
+int xylVarString::next_token_int() {
+	int value = 0;
+	try_next_token_int(value);
+	return value;
+}
+
+long long xylVarString::next_token_int64() {
+	long long value = 0;
+	try_next_token_int64(value);
+	return value;
+}
+
+xylVarString xylVarString::get_line() {
+	const int start = cursor_;
+	move_cursor_to_next_char('\n');
+	if (start >= cursor_) return xylVarString();
+	return xylVarString(text_ + start, cursor_ - start);
+}
+
+void xylVarString::get_front_str(xylVarString& source, unsigned int count) {
+	if (count == 0) return;
+	append_bytes(source.text_ + source.cursor_, count);
+	source.cursor_ += static_cast<int>(count);
+}
+
+int xylVarString::find_first_occurence(const xylVarString& text) const {
+	if (text.length_ == length_) return *this == text ? 0 : -1;
+	return search_string(text, 0);
+}
+
+int xylVarString::get_count(char c) const {
+	int count = 0;
+	for (const char* at = char_p(); *at != 0; ++at) count += *at == c ? 1 : 0;
+	return count;
+}
+
+int xylVarString::to_int() const { return std::atoi(text_); }
+
+float xylVarString::to_float() const { return static_cast<float>(std::atof(text_)); }
