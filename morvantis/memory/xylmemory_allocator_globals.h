@@ -1,0 +1,15 @@
+// The allocators and tables that the whole process shares.
+#pragma once
+
+#include <morvantis/memory/xylstatic_hashtable.h>
+
+// Static members only.
+class MORVANTIS_API xylMemory_allocator_globals {
+public:
+	// kept: does nothing. The global allocators are never torn down.
+	static void finalize_global_allocators();
+
+	// Values by address, for the engine's modules: the library neither reads nor writes it. Empty
+	// from load on; at most 1,048,576 addresses, and an insert into the full table never returns.
+	static xylStatic_hashtable<void*, xylUInt64, 1048576> array_allocation_data_;
+};
