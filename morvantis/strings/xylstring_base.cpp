@@ -1,6 +1,6 @@
 #include <morvantis/strings/xylstring_base.h>
 
-#include <morvantis/strings/ascii.h>
+#include <morvantis/core/ascii.h>
 #include <morvantis/strings/find_bytes.h>
 #include <morvantis/strings/xylvarstring.h>
 
@@ -36,7 +36,12 @@ int search_reverse(const xylString_base& text, const char* s, size_t count, int 
 
 const char xylString_base::empty_literal_[1] = {0};
 
-void xylString_base::operator=(const unsigned char* source) { *this = source; }
+void xylString_base::operator=(const unsigned char* source) {
+	// Through a pointer, which always goes by the table; a plain call is taken for an error by
+	// compilers that look for endless recursion.
+	void (xylString_base::* const assign)(const unsigned char*) = &xylString_base::operator=;
+	(this->*assign)(source);
+}
 
 xylString_base& xylString_base::operator=(const xylString_base& source) {
 	*this = source.char_p();

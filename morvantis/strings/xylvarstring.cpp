@@ -1,19 +1,18 @@
 #include <morvantis/strings/xylvarstring.h>
 
+#include <morvantis/core/ascii.h>
 #include <morvantis/core/legacy_format.h>
+#include <morvantis/core/number_text.h>
 #include <morvantis/memory/xylheap.h>
-#include <morvantis/strings/ascii.h>
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstdio>
 #include <utility>
 
 namespace {
 
 constexpr int least_capacity = 16;
-constexpr size_t number_limit =
-	32; // a number's text is cut as by xyl_snprintf() into this many bytes
+constexpr int number_limit = 32; // bytes into which a number with decimals is formatted
 constexpr size_t format_limit = 512;
 
 constexpr size_t size_of(int count) { return static_cast<size_t>(count); }
@@ -123,30 +122,28 @@ void xylVarString::append(const char* source, int count) {
 	if (count > 0) append_bytes(source, size_of(count));
 }
 
-void xylVarString::append(int value) {
-	char text[40];
-	append_bytes(text, size_of(std::snprintf(text, sizeof(text), "%d", value)));
-}
+void xylVarString::append(int value) { append(static_cast<long long>(value)); }
 
 void xylVarString::append(unsigned int value) { append(static_cast<long long>(value)); }
 
 void xylVarString::append(long long value) {
-	char text[number_limit];
-	append_bytes(text, size_of(std::snprintf(text, sizeof(text), "%lld", value)));
+	char text[number_text::integer_max];
+	append_bytes(text, size_of(number_text::write_signed(text, value)));
 }
 
 void xylVarString::append(unsigned long long value) {
-	char text[number_limit];
-	append_bytes(text, size_of(std::snprintf(text, sizeof(text), "%llu", value)));
+	char text[number_text::integer_max];
+	append_bytes(text, size_of(number_text::write_unsigned(text, value)));
 }
 
 void xylVarString::append(float value) { append(static_cast<double>(value)); }
 
 void xylVarString::append(double value) {
-	char text[512];
-	const size_t length = size_of(std::snprintf(text, sizeof(text), "%f", value));
-	// kept: what xyl_snprintf() leaves of a text that its buffer can't hold.
-	append_bytes(text, length > number_limit ? number_limit - 1 : length);
+	char text[number_text::fixed_max];
+	const int length = number_text::write_fixed6(text, value);
+	// kept: the text is what xyl_snprintf() leaves of it in a buffer of this size, which holds one
+	// of exactly that size without a terminator.
+	append_bytes(text, size_of(length > number_limit ? number_limit - 1 : length));
 }
 
 void xylVarString::append_formatted(const char* format, ...) {

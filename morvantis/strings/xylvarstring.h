@@ -277,6 +277,10 @@ protected:
 	// Puts all fields back without freeing anything.
 	void str_init();
 
+	// While text_ is null, length_ and capacity_ are 0; else length_ < capacity_.
+	int capacity_ = 0; // bytes of storage, terminator included
+	int cursor_ = 0;   // where the cursor operations read next
+
 private:
 	// Where a token stands in the text, without its quotes.
 	struct Token_range {
@@ -310,9 +314,6 @@ private:
 	void terminate() {
 		if (text_) text_[length_] = 0;
 	}
-	// text_ is null: length_ and capacity_ are 0. Else length_ < capacity_.
-	int capacity_ = 0; // bytes of storage, terminator included
-	int cursor_ = 0;   // where the cursor operations read next
 };
 
 // FNV-1a in 64 bits over length() bytes.

@@ -2,7 +2,8 @@
 
 #include <morvantis/strings/xylvarstring.h>
 
-#include <morvantis/strings/ascii.h>
+#include <morvantis/core/ascii.h>
+#include <morvantis/core/number_parse.h>
 
 #include <cstdlib>
 
@@ -95,7 +96,7 @@ xylVarString::Read_token_result xylVarString::try_next_token_int(int& value) {
 		number.add(last);
 	}
 	if (!ascii::is_separator(last) && cursor_ < length_) return read_token_invalid;
-	value = std::atoi(number.terminated());
+	value = number_parse::parse_int32(number.terminated());
 	return read_token_success;
 }
 
@@ -106,7 +107,7 @@ xylVarString::Read_token_result xylVarString::try_next_token_int64(long long& va
 		number.add(text_[cursor_]);
 	}
 	if (cursor_ < length_ && !ascii::is_separator(text_[cursor_])) return read_token_invalid;
-	value = static_cast<long long>(std::strtoull(number.terminated(), nullptr, 10));
+	value = static_cast<long long>(number_parse::parse_uint64(number.terminated()));
 	return read_token_success;
 }
 
@@ -146,6 +147,6 @@ int xylVarString::get_count(char c) const {
 	return count;
 }
 
-int xylVarString::to_int() const { return std::atoi(text_); }
+int xylVarString::to_int() const { return number_parse::parse_int32(text_); }
 
-float xylVarString::to_float() const { return static_cast<float>(std::atof(text_)); }
+float xylVarString::to_float() const { return number_parse::parse_float(text_); }

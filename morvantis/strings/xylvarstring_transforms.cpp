@@ -2,7 +2,7 @@
 
 #include <morvantis/strings/xylvarstring.h>
 
-#include <morvantis/strings/ascii.h>
+#include <morvantis/core/ascii.h>
 
 namespace {
 

@@ -1,4 +1,4 @@
-// The character tests of the strings: ASCII values only, no locale. Internal.
+// Character tests on ASCII values, without locale. Internal.
 #pragma once
 
 namespace ascii {
@@ -6,6 +6,11 @@ namespace ascii {
 constexpr bool is_upper(char c) { return c >= 'A' && c <= 'Z'; }
 constexpr bool is_lower(char c) { return c >= 'a' && c <= 'z'; }
 constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool is_hex_digit(char c) {
+	return is_digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+// White space as of the C library.
+constexpr bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr bool is_alphanumeric(char c) { return is_lower(c) || is_upper(c) || is_digit(c); }
 constexpr char to_upper(char c) { return is_lower(c) ? static_cast<char>(c - 'a' + 'A') : c; }
 constexpr char to_lower(char c) { return is_upper(c) ? static_cast<char>(c - 'A' + 'a') : c; }

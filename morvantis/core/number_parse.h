@@ -1,0 +1,27 @@
+// Text to numbers, the same values on every system: the one place where the library does it.
+#pragma once
+
+#include <morvantis/core/xyltypes.h> // xylInt32, xylUInt64
+
+// Each operation reads the number at the start of a zero-terminated text: white space, a sign, and
+// then as much as belongs to it; what follows is ignored. Without a number the result is 0.
+// Any thread; none allocates, or looks at the locale.
+namespace number_parse {
+
+// atoi() where `long` has 32 bits: decimal, and values out of range become the nearest in range.
+xylInt32 parse_int32(const char* text);
+
+// strtoull() in base 10: a '-' negates in 64 bits, so "-1" is the greatest value. Digits that don't
+// fit give the greatest value, whatever the sign.
+xylUInt64 parse_uint64(const char* text);
+
+// atof() in the "C" locale: decimal, hexadecimal with "0x", "inf", "infinity", "nan" and
+// "nan(...)" in any case; rounded to the nearest, infinite where too large, 0 where too small.
+// The sign is kept, of 0 and NaNs too; the text inside "nan(...)" is ignored.
+double parse_double(const char* text);
+
+// parse_double() narrowed, which rounds twice: as callers of atof() do it, and not always the float
+// nearest to the text.
+inline float parse_float(const char* text) { return static_cast<float>(parse_double(text)); }
+
+} // namespace number_parse
