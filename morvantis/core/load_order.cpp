@@ -2,8 +2,12 @@
 // the library has a dynamic initialiser; the heap's own start-up comes behind this list.
 
 #include <morvantis/memory/xylmemory_allocator_globals.h>
+#include <morvantis/net/bit_buffer_manager.h>
 
 // Its 16 MiB of zeros are the program image's: clearing them costs nothing at load, and pages are
 // taken from the system as they are first written to. (clang stops evaluating a constant of this
 // length and clears at run time instead, here in its place.)
 xylStatic_hashtable<void*, xylUInt64, 1048576> xylMemory_allocator_globals::array_allocation_data_;
+
+// Needs no construction; what is registered here is that it is emptied when the library unloads.
+Bit_buffer_manager bit_buffer_manager;
