@@ -4,13 +4,6 @@
 #include <morvantis/core/zublibrary.h>
 #include <morvantis/core/zublibrary_interface.h>
 
-#include <cstdio>
-
-int format_bounded(char* buffer, size_t size, const char* format, va_list arguments) {
-	const int count = std::vsnprintf(buffer, size, format, arguments);
-	return static_cast<size_t>(count) > size ? -1 : count;
-}
-
 int xyl_snprintf(char* buffer, size_t size, const char* format, ...) {
 	va_list arguments;
 	va_start(arguments, format);
