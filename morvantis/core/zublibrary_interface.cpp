@@ -1,3 +1,22 @@
 #include <morvantis/core/zublibrary_interface.h>
 
-int zubLibrary_interface::unhandled_exception_handler(void*) { return 0; }
+#include <morvantis/core/xylreport.h> // xyl_snprintf, xyl_output_debug_string
+
+namespace {
+
+constexpr char not_implemented_text[] = "Not implemented: %s (%s:%d)\n";
+constexpr char handler_name[] = "zubLibrary_interface::unhandled_exception_handler";
+constexpr int handler_line = 8; // kept: the line that log tools know, wherever the body stands
+
+} // namespace
+
+int zubLibrary_interface::unhandled_exception_handler(void*) {
+	// kept: a plain flag; two threads that fail at once may both write.
+	static bool is_reported = false;
+	if (is_reported) return 0;
+	is_reported = true;
+	char text[512];
+	xyl_snprintf(text, sizeof(text), not_implemented_text, handler_name, __FILE__, handler_line);
+	xyl_output_debug_string(text);
+	return 0;
+}
