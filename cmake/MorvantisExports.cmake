@@ -24,8 +24,8 @@ function(morvantis_export_lz4 target)
     # Templates of the C++ library would leak with the default visibility that they declare. What
     # the script does not name keeps its mark.
     string(APPEND text "  local:\n    LZ4_*;\n")
-    foreach(prefix _ZNSt _ZNKSt _ZSt _ZTISt _ZTSSt _ZTVSt _ZTTSt _ZGVNSt _ZNVSt _ZNVKSt
-        _ZN9__gnu_cxx _ZNK9__gnu_cxx)
+    foreach(prefix _ZNSt _ZNKSt _ZSt _ZTISt _ZTSSt _ZTVSt _ZTTSt _ZTINSt _ZTSNSt _ZTVNSt
+        _ZGVNSt _ZNVSt _ZNVKSt _ZZNSt _ZZNKSt _ZN9__gnu_cxx _ZNK9__gnu_cxx)
       string(APPEND text "    ${prefix}*;\n")
     endforeach()
     string(APPEND text "};\n")
