@@ -5,6 +5,7 @@
 
 #include <morvantis/core/legacy_format.h>
 
+#include <morvantis/core/ascii.h>
 #include <morvantis/core/float_text.h>
 #include <morvantis/core/number_text.h>
 
@@ -76,12 +77,11 @@ constexpr struct {
 	{"j", Length::ll},   {"t", Length::z},      {"L", Length::long_double},
 };
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 // A number in the format; one too large for an int stops at the greatest.
 const char* parse_number(const char* at, int* value) {
 	xylInt64 number = 0;
-	for (; is_digit(*at); ++at) number = std::min<xylInt64>(number * 10 + (*at - '0'), INT_MAX);
+	for (; ascii::is_digit(*at); ++at)
+		number = std::min<xylInt64>(number * 10 + (*at - '0'), INT_MAX);
 	*value = static_cast<int>(number);
 	return at;
 }
@@ -241,9 +241,7 @@ void write_signed(Sink* sink, const Directive& directive, xylInt64 value) {
 }
 
 void make_upper(char* text, int length) {
-	for (int i = 0; i < length; ++i) {
-		if (text[i] >= 'a' && text[i] <= 'z') text[i] = static_cast<char>(text[i] - 'a' + 'A');
-	}
+	std::transform(text, text + length, text, ascii::to_upper);
 }
 
 void write_unsigned(Sink* sink, const Directive& directive, xylUInt64 value) {

@@ -1,5 +1,6 @@
 #include <morvantis/core/xylreport.h>
 
+#include <morvantis/core/ascii.h>
 #include <morvantis/core/legacy_format.h>
 #include <morvantis/core/zublibrary.h>
 #include <morvantis/core/zublibrary_interface.h>
@@ -192,9 +193,7 @@ void xyl_long_to_str(long long value, char* buffer, int size) {
 }
 
 char* xyl_strlwr(char* text) {
-	for (char* at = text; *at; ++at) {
-		if (*at >= 'A' && *at <= 'Z') *at = static_cast<char>(*at - 'A' + 'a');
-	}
+	for (char* at = text; *at; ++at) *at = ascii::to_lower(*at);
 	return text;
 }
 

@@ -10,7 +10,7 @@
 zubLibrary* zub_library = nullptr;
 bool is_final_cleanup_active_ = false;
 
-zubLibrary::zubLibrary() : qonet_(new (xyl_heap_allocate(sizeof(QoNet))) QoNet) {}
+zubLibrary::zubLibrary() : qonet_(new(xyl_heap_allocate(sizeof(QoNet))) QoNet) {}
 
 // kept: the network layer's object is freed without its destructor, so a host that has started the
 // sockets stops them itself.
