@@ -84,7 +84,8 @@ void Recording_host::content_warning(const char* text, int reserved) {
 
 void Recording_host::failed_assert(const char* first_text, int number, const char* second_text,
                                    bool flag, bool reserved) {
-	record({"failed_assert", std::string(first_text) + "|" + second_text, {number, flag, reserved}});
+	record(
+		{"failed_assert", std::string(first_text) + "|" + second_text, {number, flag, reserved}});
 }
 
 void Recording_host::simple_assert(const char* first_text, int number, const char* second_text) {

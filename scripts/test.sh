@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# Runs every test: Linux optimised, Linux under the address, undefined behaviour and thread
+# sanitizers, Windows under Wine, the fuzz targets for a minute, and static analysis. From a bare
+# checkout it installs what is missing first.
+#
+# The last line is `tests: N passed, N failed, N skipped`, over all of it; details of a stage that
+# failed stand above it and in build/logs/. Ends with 0 only if nothing failed.
+set -uo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+logs=build/logs
+rm -rf "$logs"
+mkdir -p "$logs"
+fuzz_seconds=${MORVANTIS_FUZZ_SECONDS:-60} # all targets together
+
+# stage <name> <command>...: runs a command with its output in a log, tells how long it took, and
+# shows the log's end if it failed.
+stage() {
+  local name=$1 begin=$SECONDS result=passed
+  shift
+  "$@" >"$logs/$name.log" 2>&1 || result=FAILED
+  printf '%-14s %s after %d s\n' "$name" "$result" $((SECONDS - begin))
+  if [ $result = FAILED ]; then
+    tail -n 150 "$logs/$name.log"
+    echo "$name" >>"$logs/failed"
+    return 1
+  fi
+  echo "$name" >>"$logs/passed"
+}
+
+# One configuration from its presets; results of a former run would be counted again.
+workflow() {
+  rm -rf "build/$2/results"
+  cmake --workflow --preset "$1"
+}
+
+# Every target starts from its corpus and searches for its share of the time. What it finds is kept
+# outside the tree; a crash leaves its input in build/logs.
+fuzz() {
+  local programs=() program name
+  for program in build/linux-asan/bin/fuzz/*_fuzz; do
+    if [ -x "$program" ]; then programs+=("$program"); fi
+  done
+  if [ ${#programs[@]} -eq 0 ]; then echo "no fuzz targets"; return 1; fi
+  for program in "${programs[@]}"; do
+    name=$(basename "$program")
+    mkdir -p "build/fuzz/$name"
+    UBSAN_OPTIONS=print_stacktrace=1 "$program" -max_total_time=$((fuzz_seconds / ${#programs[@]})) \
+      -print_final_stats=1 -timeout=10 -artifact_prefix="$logs/$name-" \
+      "build/fuzz/$name" "fuzz/corpus/$name" || return 1
+  done
+}
+
+stage bootstrap scripts/bootstrap.sh test || exit 1
+stage linux workflow test linux-release
+stage sanitizers workflow test-linux-asan linux-asan
+stage threads workflow test-linux-tsan linux-tsan
+stage windows workflow test-windows windows-release
+stage fuzz fuzz
+stage tidy scripts/tidy.sh
+echo "all after $SECONDS s"
+exec python3 scripts/test_summary.py "$logs" \
+  build/linux-release/results build/linux-asan/results build/linux-tsan/results build/windows-release/results
