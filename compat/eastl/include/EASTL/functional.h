@@ -116,7 +116,11 @@ private:
 			return *std::launder(static_cast<Functor*>(const_cast<void*>(place)));
 		}
 		static R invoke(const Storage& storage, Args... args) {
-			return std::invoke(held(storage), std::forward<Args>(args)...);
+			if constexpr (std::is_void_v<R>) {
+				std::invoke(held(storage), std::forward<Args>(args)...);
+			} else {
+				return std::invoke(held(storage), std::forward<Args>(args)...);
+			}
 		}
 		static void manage(Task task, Storage& target, Storage* source) {
 			switch (task) {
