@@ -100,6 +100,8 @@ public:
 	void debug_check_out_of_bounds() const {}
 
 private:
+	// Fills `data`, with zeros and false where the packet has fewer bytes left.
+	bool read_bytes_or_zeros(unsigned char* data, int byte_count);
 	static unsigned int rebuild_tick(unsigned int field, unsigned int reference_tick);
 };
 
@@ -184,13 +186,13 @@ inline bool Read_bit_buffer::serial_op_float(float& value, const Float_compressi
 }
 
 inline bool Read_bit_buffer::serial_op_byte_array(unsigned char* data, int max_size, int& size) {
-	constexpr Integer_compression_info length_info{0, 2047, 11};
 	size = 0;
-	if (!serial_op(size, length_info) || size > max_size) return false;
-	if (size == 0) return true;
-	if (read_bits_from_array(data, size * 8)) return true;
-	std::memset(data, 0, static_cast<size_t>(size));
-	return false;
+	unsigned int claimed; // 11 bits, so any length is within the 2,047 that a writer sends at most
+	if (!read_bits_to_uint32(claimed, 11)) return false;
+	const int byte_count = static_cast<int>(claimed);
+	size = byte_count;
+	if (byte_count > max_size) return false;
+	return byte_count == 0 || read_bytes_or_zeros(data, byte_count);
 }
 
 inline bool Read_bit_buffer::serial_op_time(long long& value) {
