@@ -1,0 +1,84 @@
+// Memory figures and page memory.
+#include <morvantis/platform/zubplatform.h>
+
+#include <morvantis/core/xylreport.h>
+#include <morvantis/platform/system/memory.h>
+
+#include <algorithm>
+#include <atomic>
+
+namespace {
+
+// An unsigned number as double, by way of the signed conversion. kept: above 2^63 this rounds
+// twice.
+double widen(xylUInt64 value) {
+	static constexpr double two_to_64 = 18446744073709551616.0;
+	const double signed_value = static_cast<double>(static_cast<xylInt64>(value));
+	return signed_value < 0 ? signed_value + two_to_64 : signed_value;
+}
+
+// Says once on the debug output that an operation isn't there on these systems.
+void say_not_implemented(std::atomic<bool>& said, const char* operation, int line) {
+	static constexpr char not_implemented_text[] = "Not implemented: %s (%s:%d)\n";
+	// Two threads at once may both say it, which does no harm.
+	if (said.load(std::memory_order_relaxed)) return;
+	said.store(true, std::memory_order_relaxed);
+	char text[512];
+	xyl_snprintf(text, sizeof(text), not_implemented_text, operation, "zubplatform", line);
+	xyl_output_debug_string(text);
+}
+
+} // namespace
+
+xylUInt64 zubPlatform::get_application_memory() {
+	os::Process_memory usage{};
+	return os::process_memory(&usage) ? usage.resident_bytes : 0;
+}
+
+xylUInt64 zubPlatform::get_application_commit_memory() {
+	os::Process_memory usage{};
+	return os::process_memory(&usage) ? usage.committed_bytes : 0;
+}
+
+float zubPlatform::get_available_memory_percentage() {
+	os::Memory_status status{};
+	if (!os::physical_memory(&status)) return -1.0f;
+	return static_cast<float>(widen(status.available_bytes) / widen(status.total_bytes)) * 100.0f;
+}
+
+xylUInt64 zubPlatform::page_size_internal() {
+	const os::Page_sizes sizes = os::page_sizes();
+	return std::max(sizes.granularity_bytes, sizes.page_bytes);
+}
+
+xylUInt64 zubPlatform::page_size() {
+	// kept: 32 bits with a sign between the system's answer and the result.
+	static const xylInt32 size = static_cast<xylInt32>(page_size_internal());
+	return static_cast<xylUInt64>(static_cast<xylInt64>(size));
+}
+
+void* zubPlatform::allocate_memory(xylUInt64 size, xylUInt64, bool, bool) {
+	return os::take_pages(size);
+}
+
+xylUInt64 zubPlatform::allocation_size(void* p) { return os::region_size(p); }
+
+bool zubPlatform::deallocate_memory(void* p, xylUInt64) { return os::release_pages(p); }
+
+bool zubPlatform::decommit_memory(void* p, xylUInt64 size, xylUInt64) {
+	return os::decommit_pages(p, size);
+}
+
+// The line numbers below are part of the texts, and log tools know them.
+
+void* zubPlatform::allocate_direct_memory(xylUInt64, xylUInt64, bool, bool) {
+	static constinit std::atomic<bool> said = false;
+	say_not_implemented(said, "zubPlatform::allocate_direct_memory", 780);
+	return nullptr;
+}
+
+bool zubPlatform::deallocate_direct_memory(void*) {
+	static constinit std::atomic<bool> said = false;
+	say_not_implemented(said, "zubPlatform::deallocate_direct_memory", 871);
+	return false;
+}
