@@ -1,0 +1,36 @@
+// The whole library. Every public header is listed here, folder by folder; the configuration of the
+// build fails when one of a morvantis_headers() is missing.
+#pragma once
+
+#include <morvantis/core/xylexport.h>
+#include <morvantis/core/xylmutex.h>
+#include <morvantis/core/xylreport.h>
+#include <morvantis/core/xyltypes.h>
+#include <morvantis/core/zublibrary.h>
+#include <morvantis/core/zublibrary_interface.h>
+#include <morvantis/core/zubmessage_interface.h>
+
+#include <morvantis/memory/xylarray.h>
+#include <morvantis/memory/xylcritical_section.h>
+#include <morvantis/memory/xylheap.h>
+#include <morvantis/memory/xylmap.h>
+#include <morvantis/memory/xylmemory_allocation_critical_section_holder.h>
+#include <morvantis/memory/xylmemory_allocator_base.h>
+#include <morvantis/memory/xylmemory_allocator_globals.h>
+#include <morvantis/memory/xylstatic_hashtable.h>
+
+#include <morvantis/net/bit_buffer_manager.h>
+#include <morvantis/net/dynamic_bit_buffer.h>
+#include <morvantis/net/qonet.h>
+#include <morvantis/net/qonet_udp_socket.h>
+#include <morvantis/net/qonetaddress.h>
+#include <morvantis/net/qonetrawbuffer.h>
+#include <morvantis/net/qonetsocketoption.h>
+#include <morvantis/net/read_bit_buffer.h>
+#include <morvantis/net/udp_packet_id.h>
+#include <morvantis/net/udp_socket.h>
+#include <morvantis/net/write_bit_buffer.h>
+
+#include <morvantis/strings/xylconststring.h>
+#include <morvantis/strings/xylstring_base.h>
+#include <morvantis/strings/xylvarstring.h>
