@@ -1,8 +1,9 @@
-// The whole library. Every public header is listed here, folder by folder; the configuration of the
-// build fails when one of a morvantis_headers() is missing.
+// The whole library. Every public header is listed here, folder by folder, and a test of the house
+// fails when one of a morvantis_headers() is missing.
 #pragma once
 
 #include <morvantis/core/xylexport.h>
+#include <morvantis/core/xylguid.h>
 #include <morvantis/core/xylmutex.h>
 #include <morvantis/core/xylreport.h>
 #include <morvantis/core/xyltypes.h>
@@ -19,6 +20,12 @@
 #include <morvantis/memory/xylmemory_allocator_globals.h>
 #include <morvantis/memory/xylstatic_hashtable.h>
 
+#include <morvantis/strings/xylconststring.h>
+#include <morvantis/strings/xylstring_base.h>
+#include <morvantis/strings/xylvarstring.h>
+
+#include <morvantis/platform/zubplatform.h>
+
 #include <morvantis/net/bit_buffer_manager.h>
 #include <morvantis/net/dynamic_bit_buffer.h>
 #include <morvantis/net/qonet.h>
@@ -30,7 +37,3 @@
 #include <morvantis/net/udp_packet_id.h>
 #include <morvantis/net/udp_socket.h>
 #include <morvantis/net/write_bit_buffer.h>
-
-#include <morvantis/strings/xylconststring.h>
-#include <morvantis/strings/xylstring_base.h>
-#include <morvantis/strings/xylvarstring.h>

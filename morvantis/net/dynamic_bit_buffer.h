@@ -188,8 +188,12 @@ private:
 	static size_t word_offset(int cursor) { return static_cast<unsigned int>(cursor) / 32 * 4; }
 	static unsigned int word_shift(int cursor) { return static_cast<unsigned int>(cursor) % 32; }
 	static size_t byte_offset(int cursor) { return static_cast<unsigned int>(cursor) / 8; }
-	static int wrapping_sum(int a, int b);
-	static int wrapping_difference(int a, int b);
+	static int wrapping_sum(int a, int b) {
+		return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+	}
+	static int wrapping_difference(int a, int b) {
+		return static_cast<int>(static_cast<unsigned int>(a) - static_cast<unsigned int>(b));
+	}
 
 	bool has_bits(int count) const { return size_in_bits >= wrapping_sum(cursor_in_bits, count); }
 	void append_copied_bits(const Dynamic_bit_buffer* source, unsigned int count);
@@ -229,14 +233,6 @@ inline void Dynamic_bit_buffer::store_64(unsigned char* to, unsigned long long v
 
 inline unsigned long long Dynamic_bit_buffer::low_bits(int count) {
 	return (1ull << (static_cast<unsigned int>(count) % 64)) - 1;
-}
-
-inline int Dynamic_bit_buffer::wrapping_sum(int a, int b) {
-	return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
-}
-
-inline int Dynamic_bit_buffer::wrapping_difference(int a, int b) {
-	return static_cast<int>(static_cast<unsigned int>(a) - static_cast<unsigned int>(b));
 }
 
 inline void Dynamic_bit_buffer::append_bits_from_uint32_impl(unsigned char* data, int& cursor,

@@ -1,0 +1,13 @@
+# Fails if one of `headers`, the public ones with commas between, is missing in library.h.
+cmake_minimum_required(VERSION 3.25)
+file(STRINGS morvantis/library.h includes REGEX "^#include <")
+string(REPLACE "," ";" headers "${headers}")
+list(REMOVE_ITEM headers morvantis/library.h)
+if(NOT headers)
+  message(FATAL_ERROR "no headers given")
+endif()
+foreach(header IN LISTS headers)
+  if(NOT "#include <${header}>" IN_LIST includes)
+    message(SEND_ERROR "${header} is public: include it in morvantis/library.h")
+  endif()
+endforeach()
