@@ -1,0 +1,142 @@
+// Random and degenerate inputs with fixed seeds, and the ways between the library's types and the
+// plain ones.
+#pragma once
+
+#include "plain.h"
+
+#include <morvantis/math/xylmatrix_frame.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+
+inline constexpr float infinity = std::numeric_limits<float>::infinity();
+inline constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
+inline constexpr float marker = std::numeric_limits<float>::max();
+inline constexpr int sample_count = 100000; // inputs of every differential test
+
+// splitmix64: the same numbers under every compiler and standard library.
+class Samples {
+public:
+	explicit Samples(unsigned long long seed) : state_(seed) {}
+
+	unsigned bits() {
+		unsigned long long z = state_ += 0x9E3779B97F4A7C15ull;
+		z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+		z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+		return static_cast<unsigned>((z ^ (z >> 31)) >> 32);
+	}
+	unsigned below(unsigned count) { return bits() % count; }
+	bool one_in(unsigned count) { return below(count) == 0; }
+	// Uniform, 24 bits.
+	float between(float low, float high) {
+		return low + (high - low) * (static_cast<float>(bits() >> 8) * 0x1p-24f);
+	}
+
+	// Uniform in a cube around the origin.
+	xylVec3 point(float reach) {
+		const float x = between(-reach, reach);
+		const float y = between(-reach, reach);
+		return {x, y, between(-reach, reach)};
+	}
+	// Like point(), but one in four on a coarse grid, on an axis, tiny or zero.
+	xylVec3 awkward(float reach) {
+		switch (below(16)) {
+		case 0:
+			return {0, 0, 0};
+		case 1:
+			return {between(-reach, reach), 0, -0.0f};
+		case 2:
+			return point(1e-4f);
+		case 3: {
+			const float x = static_cast<float>(below(5)) - 2;
+			const float y = static_cast<float>(below(5)) - 2;
+			return {x, y, static_cast<float>(below(5)) - 2};
+		}
+		default:
+			return point(reach);
+		}
+	}
+	xylVec3 unit() {
+		for (;;) {
+			xylVec3 v = point(1);
+			if (v.length_squared() > 0.01f && v.length_squared() < 1) return v.normalize(), v;
+		}
+	}
+	xylQuaternion rotation() {
+		for (;;) {
+			const float w = between(-1, 1);
+			const xylVec3 v = point(1);
+			const float squared = w * w + v.length_squared();
+			if (squared < 0.01f || squared > 1) continue;
+			const float k = 1 / std::sqrt(squared);
+			return {w * k, v.x * k, v.y * k, v.z * k};
+		}
+	}
+	// Turned anywhere, moved up to `reach`; one in four scaled, one in sixteen the identity.
+	xylMatrix_frame frame(float reach) {
+		xylMatrix_frame frame = xylMatrix_frame::identity();
+		if (one_in(16)) return frame;
+		static_cast<xylMat3&>(frame) = rotation().to_mat3();
+		if (one_in(4)) {
+			frame.s *= between(0.1f, 3);
+			frame.f *= between(0.1f, 3);
+			frame.u *= between(0.1f, 3);
+		}
+		const xylVec3 origin = point(reach);
+		frame.origin = {origin.x, origin.y, origin.z, 1};
+		return frame;
+	}
+
+private:
+	unsigned long long state_;
+};
+
+template <typename T> plain::Vec<T> to_plain(const xylVec3& v) { return {T(v.x), T(v.y), T(v.z)}; }
+template <typename T> plain::Quat<T> to_plain(const xylQuaternion& q) {
+	return {T(q.w), T(q.x), T(q.y), T(q.z)};
+}
+template <typename T> plain::Mat<T> to_plain(const xylMat3& m) {
+	return {to_plain<T>(m.s), to_plain<T>(m.f), to_plain<T>(m.u)};
+}
+template <typename T> plain::Frame<T> to_plain(const xylMatrix_frame& m) {
+	return {to_plain<T>(m.s), to_plain<T>(m.f), to_plain<T>(m.u), to_plain<T>(m.origin)};
+}
+
+// Equal bits; any NaN equals any other, since which one survives an operation is the compiler's
+// choice.
+inline bool same_bits(float a, float b) {
+	return std::memcmp(&a, &b, sizeof(a)) == 0 || (a != a && b != b);
+}
+inline bool same_bits(const xylVec3& a, plain::Vec<float> b) {
+	return same_bits(a.x, b.x) && same_bits(a.y, b.y) && same_bits(a.z, b.z);
+}
+inline bool same_bits(const xylQuaternion& a, plain::Quat<float> b) {
+	return same_bits(a.w, b.w) && same_bits(a.x, b.x) && same_bits(a.y, b.y) && same_bits(a.z, b.z);
+}
+inline bool same_bits(const xylMat3& a, plain::Mat<float> b) {
+	return same_bits(a.s, b.s) && same_bits(a.f, b.f) && same_bits(a.u, b.u);
+}
+
+inline bool near(double a, double b, double tolerance) { return std::abs(a - b) <= tolerance; }
+inline bool near(const xylVec3& a, plain::Vec<double> b, double tolerance) {
+	return near(a.x, b.x, tolerance) && near(a.y, b.y, tolerance) && near(a.z, b.z, tolerance);
+}
+inline bool near(const xylQuaternion& a, plain::Quat<double> b, double tolerance) {
+	return near(a.w, b.w, tolerance) && near(a.x, b.x, tolerance) && near(a.y, b.y, tolerance) &&
+	       near(a.z, b.z, tolerance);
+}
+inline bool near(const xylMat3& a, plain::Mat<double> b, double tolerance) {
+	return near(a.s, b.s, tolerance) && near(a.f, b.f, tolerance) && near(a.u, b.u, tolerance);
+}
+
+// Equal numbers, NaN to any NaN; the sign of a zero is left to the bit-exact comparisons.
+inline bool same_number(float a, float b) { return a == b || (a != a && b != b); }
+inline testing::AssertionResult is_vector(const xylVec3& v, float x, float y, float z, float w) {
+	if (same_number(v.x, x) && same_number(v.y, y) && same_number(v.z, z) && same_number(v.w, w)) {
+		return testing::AssertionSuccess();
+	}
+	return testing::AssertionFailure()
+	       << "(" << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ")";
+}
