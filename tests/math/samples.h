@@ -2,9 +2,9 @@
 // plain ones.
 #pragma once
 
-#include "plain.h"
+#include "plain_frustum.h"
 
-#include <morvantis/math/xylmatrix_frame.h>
+#include <morvantis/math/xylfrustum.h>
 
 #include <gtest/gtest.h>
 
@@ -89,6 +89,40 @@ public:
 		return frame;
 	}
 
+	// Up to `reach` in each half extent, with the sphere around it; one in sixteen flat or a point.
+	xylBounding_box box(float place, float reach) {
+		const xylVec3 middle = point(place);
+		xylVec3 half(between(0, reach), between(0, reach), between(0, reach));
+		if (one_in(16)) half = one_in(2) ? xylVec3(0, 0, 0) : xylVec3(half.x, half.y, 0);
+		xylBounding_box box;
+		box.min = middle - half;
+		box.max = middle + half;
+		box.center = middle;
+		box.radius = half.length();
+		return box;
+	}
+	// The volume of a camera anywhere, or of a box; one in eight with planes from anywhere.
+	xylFrustum frustum() {
+		xylFrustum result;
+		if (one_in(8)) {
+			for (xylPlane& plane : result.planes_) plane = {point(10), unit()};
+			return result;
+		}
+		xylVec3 tips[8];
+		const xylVec3 half(between(1, 10), between(1, 10), between(1, 10));
+		xylBounding_box::get_transformed_tip_points(tips, -half, half, frame(5));
+		result.generate_from_bounding_box_points(tips);
+		if (one_in(2)) return result;
+		// The sides lean outwards, as those of a camera.
+		for (int i = xylFrustum::left_plane; i <= xylFrustum::bottom_plane; ++i) {
+			const float lean = between(0, 1);
+			xylVec3& normal = result.planes_[i].normal;
+			normal = normal + result.planes_[xylFrustum::near_plane].normal * lean;
+			normal.normalize();
+		}
+		return result;
+	}
+
 private:
 	unsigned long long state_;
 };
@@ -103,6 +137,59 @@ template <typename T> plain::Mat<T> to_plain(const xylMat3& m) {
 template <typename T> plain::Frame<T> to_plain(const xylMatrix_frame& m) {
 	return {to_plain<T>(m.s), to_plain<T>(m.f), to_plain<T>(m.u), to_plain<T>(m.origin)};
 }
+
+template <typename T> plain::Box<T> to_plain(const xylBounding_box& box) {
+	return {to_plain<T>(box.min), to_plain<T>(box.max), to_plain<T>(box.center), T(box.radius)};
+}
+template <typename T> plain::Plane<T> to_plain(const xylPlane& plane) {
+	return {to_plain<T>(plane.point), to_plain<T>(plane.normal)};
+}
+template <typename T> plain::Cache<T> to_plain(const xylObject_bounds_cache& cache) {
+	plain::Cache<T> result = {to_plain<T>(cache.min),
+	                          to_plain<T>(cache.max),
+	                          to_plain<T>(cache.center),
+	                          {},
+	                          T(cache.radius)};
+	for (int i = 0; i < 8; ++i) result.tips[i] = to_plain<T>(cache.tips[i]);
+	return result;
+}
+template <typename T> plain::Frustum<T> to_plain(const xylFrustum& frustum) {
+	plain::Frustum<T> result;
+	for (int i = 0; i < 6; ++i) result.planes[i] = to_plain<T>(frustum.planes_[i]);
+	return result;
+}
+
+// Moves inputs of a computation in double a little. An answer that twelve such moves don't change is
+// away from its boundary, and the library's in float has to be the same.
+class Jitter {
+public:
+	Jitter(Samples& samples, float size) : samples_(samples), size_(size) {}
+
+	double operator()(double v) const { return v + samples_.between(-size_, size_); }
+	plain::Vec<double> operator()(plain::Vec<double> v) const {
+		return {(*this)(v.x), (*this)(v.y), (*this)(v.z)};
+	}
+	plain::Plane<double> operator()(plain::Plane<double> p) const {
+		return {(*this)(p.point), p.normal};
+	}
+	plain::Frustum<double> operator()(plain::Frustum<double> f) const {
+		for (plain::Plane<double>& plane : f.planes) plane = (*this)(plane);
+		return f;
+	}
+
+	// Whether `ask`, which moves its inputs by this, keeps answering what it answers unmoved.
+	template <typename Ask> bool is_settled(Ask ask) const {
+		const auto answer = ask(Jitter(samples_, 0));
+		for (int i = 0; i < 12; ++i) {
+			if (ask(*this) != answer) return false;
+		}
+		return true;
+	}
+
+private:
+	Samples& samples_;
+	float size_;
+};
 
 // Equal bits; any NaN equals any other, since which one survives an operation is the compiler's
 // choice.
