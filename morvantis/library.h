@@ -37,3 +37,20 @@
 #include <morvantis/net/udp_packet_id.h>
 #include <morvantis/net/udp_socket.h>
 #include <morvantis/net/write_bit_buffer.h>
+
+#include <morvantis/math/lanes.h>
+#include <morvantis/math/wrapping.h>
+#include <morvantis/math/xylbounding_box.h>
+#include <morvantis/math/xylfrustum.h>
+#include <morvantis/math/xylint_vec2.h>
+#include <morvantis/math/xylint_vec3.h>
+#include <morvantis/math/xylmat3.h>
+#include <morvantis/math/xylmatrix_frame.h>
+#include <morvantis/math/xylmatrix_frame_d.h>
+#include <morvantis/math/xylobject_bounds_cache.h>
+#include <morvantis/math/xylplane.h>
+#include <morvantis/math/xylquaternion.h>
+#include <morvantis/math/xyltransform.h>
+#include <morvantis/math/xylvec2.h>
+#include <morvantis/math/xylvec3.h>
+#include <morvantis/math/xylvec3d.h>
