@@ -216,7 +216,8 @@ TEST(eastl_quick_sort, SortsLikeStdSort) {
 		for (const unsigned range : {2u, 50u, 0xffffffffu}) {
 			SCOPED_TRACE(testing::Message() << size << " numbers below " << range);
 			xylArray<unsigned> array;
-			for (size_t i = 0; i < size; ++i) array.push_back(static_cast<unsigned>(random() % range));
+			for (size_t i = 0; i < size; ++i)
+				array.push_back(static_cast<unsigned>(random() % range));
 			std::vector<unsigned> model(array.begin(), array.end());
 			eastl::quick_sort(array.begin(), array.end());
 			std::sort(model.begin(), model.end());
