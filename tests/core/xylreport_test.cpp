@@ -303,6 +303,7 @@ TEST(xylreport, SystemErrorWithoutMessageLeavesTheMarkerEmpty) {
 TEST(xylreport, SystemTextsAreCutAtTheWarningsBuffer) {
 	const std::string text = letters(70000);
 	char format[] = "%s#E";
+	os::set_last_error(missing_file);
 	xyl_warning_with_system_error(format, text.c_str());
 	EXPECT_EQ(take_warning(), text.substr(0, 4096));
 	for (const size_t length : {16383u, 16384u, 16385u}) {
@@ -316,9 +317,11 @@ TEST(xylreport, PercentSignsOfSystemTextsAreDirectives) {
 	xyl_warning_with_platform_result(2, "%s", "100%%%% of %%");
 	EXPECT_EQ(take_warning(), "100%% of %\n" + without_line_end(system_text(missing_file)));
 	char format[] = "%s";
+	os::set_last_error(missing_file);
 	xyl_warning_with_system_error(format, "50%% and %5%");
 	EXPECT_EQ(take_warning(), "50% and %");
 	// An integer that nobody passed: some digits.
+	os::set_last_error(missing_file);
 	xyl_warning_with_system_error(format, "[%x]");
 	EXPECT_THAT(take_warning(), testing::MatchesRegex("\\[\\w+\\]"));
 	xyl_warning_with_platform_result(0, "%s", "[%.0s]"); // reads nothing of the text
