@@ -129,6 +129,7 @@ const char* parse_precision(const char* at, Directive* directive, Arguments* arg
 
 const char* parse_length(const char* at, Directive* directive) {
 	for (const auto& modifier : length_modifiers) {
+		if (*at != modifier.text[0]) continue; // mostly there is none
 		const size_t size = std::strlen(modifier.text);
 		if (std::strncmp(at, modifier.text, size) != 0) continue;
 		directive->length = modifier.length;
