@@ -9,4 +9,4 @@ if ! { scripts/bootstrap.sh demo && cmake --workflow --preset demo; } >"$log" 2>
   cat "$log" >&2
   exit 1
 fi
-exec build/demo/bin/packet_road "$@"
+exec examples/packet_road/run.sh build/demo/bin/packet_road build/demo/bin/packet_road "$@"

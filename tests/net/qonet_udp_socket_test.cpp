@@ -1,5 +1,7 @@
 #include <morvantis/net/qonet_udp_socket.h>
 
+#include <morvantis/net/dynamic_bit_buffer.h>
+
 #include "socket_support.h"
 
 #include <cstddef>
@@ -406,6 +408,37 @@ TEST_F(Udp_socket_test, SecondBindForgetsTheFirstSocket) {
 	ASSERT_EQ(send(here_, patterned(3), there_address_), 3);
 	EXPECT_EQ(receive(first).data, patterned(3));
 	first.close_socket();
+}
+
+TEST_F(Udp_socket_test, ReceivesStraightIntoABitBuffer) {
+	Dynamic_bit_buffer out, in;
+	out.append_bits_from_uint32(5, 3);
+	out.append_bits_from_uint32(0xAB, 8);
+	ASSERT_EQ(here_.send(out.as_raw_buffer(), out.size_in_bytes(), there_address_), 2);
+	int size = 0;
+	QoNetAddress sender;
+	ASSERT_TRUE(there_.receive(in.as_raw_buffer(), size, sender));
+	EXPECT_EQ(size, 2);
+	in.initialize_after_read(size);
+	unsigned int value = 0;
+	EXPECT_TRUE(in.read_bits_to_uint32(value, 3));
+	EXPECT_EQ(value, 5u);
+	EXPECT_TRUE(in.read_bits_to_uint32(value, 8));
+	EXPECT_EQ(value, 0xABu);
+}
+
+TEST_F(Udp_socket_test, BitBufferTakesDatagramsUpToItsCapacity) {
+	const int capacity = Dynamic_bit_buffer::static_buffer_size_in_bytes;
+	Dynamic_bit_buffer in;
+	int size = 0;
+	QoNetAddress sender;
+	ASSERT_EQ(send(here_, patterned(1408), there_address_), capacity);
+	EXPECT_TRUE(there_.receive(in.as_raw_buffer(), size, sender));
+	EXPECT_EQ(size, capacity);
+	EXPECT_EQ(Bytes(in.get_buffer(), in.get_buffer() + size), patterned(1408));
+	ASSERT_EQ(send(here_, patterned(1409), there_address_), capacity + 1);
+	EXPECT_FALSE(there_.receive(in.as_raw_buffer(), size, sender));
+	EXPECT_EQ(size, 0);
 }
 
 // A datagram socket never fills its queue on this interface; a connection that nobody reads does.

@@ -1,0 +1,208 @@
+// The sending host: simulates, packs, sends, and waits for the answer to each packet.
+#include "message.h"
+#include "road.h"
+#include "table.h"
+
+#include <morvantis/core/xylreport.h>
+#include <morvantis/net/bit_buffer_manager.h>
+
+#include <cstdio>
+#include <cstring>
+#include <thread>
+
+namespace {
+
+// The library moves datagrams and no more: that what is lost is sent again is the host's business.
+constexpr std::chrono::milliseconds patience_for_an_answer(100);
+constexpr int attempts = 200;
+
+class Client {
+public:
+	explicit Client(const Options& options)
+		: options_(options), world_(options.agents, options.seed), vandal_(~options.seed),
+		  server_(loopback_address(options.port)) {}
+
+	int run();
+
+private:
+	bool send(const Dynamic_bit_buffer& packet);
+	bool is_acknowledged(unsigned int tick);
+	bool deliver(const Dynamic_bit_buffer& packet, unsigned int tick);
+	void send_damaged(const Dynamic_bit_buffer& packet);
+	void send_noise();
+	bool send_tick(bool is_damaged);
+	bool say_goodbye();
+	void print(bool is_well) const;
+
+	const Options& options_;
+	World world_;
+	Random vandal_;
+	QoNetAddress server_;
+	QoNet_udp_socket socket_;
+	Tally tally_;
+	Meter meter_;
+	int sent_again_ = 0;
+	unsigned int fingerprint_ = 0; // of all packets before they are damaged
+	Stopwatch packing_, sending_, round_trip_;
+};
+
+// A full queue shows as 0 bytes sent: then the packet is offered again.
+bool Client::send(const Dynamic_bit_buffer& packet) {
+	const QoNetRawBuffer raw{packet.capacity_in_bits, packet.buffer};
+	for (;;) {
+		const int size = packet.size_in_bytes();
+		const int sent = sending_.time([&] { return socket_.send(&raw, size, server_); });
+		if (sent == size) return true;
+		if (sent < 0) return false;
+		std::this_thread::yield();
+	}
+}
+
+// Looks through the answers that have come in for the one to `tick`.
+bool Client::is_acknowledged(unsigned int tick) {
+	Dynamic_bit_buffer* answer = bit_buffer_manager.get_bit_buffer();
+	bool is_found = false;
+	int size = 0;
+	QoNetAddress from;
+	while (!is_found && socket_.receive(answer->as_raw_buffer(), size, from)) {
+		answer->initialize_after_read(size);
+		Message message;
+		Meter meter; // answers are not part of the table
+		is_found = from.same_as(server_) && read_message(*answer, tick, message, meter) &&
+		           message.kind == Message_kind::acknowledgement &&
+		           message.id.tick_no == static_cast<int>(tick);
+	}
+	bit_buffer_manager.return_bit_buffer(answer);
+	return is_found;
+}
+
+bool Client::deliver(const Dynamic_bit_buffer& packet, unsigned int tick) {
+	for (int attempt = 0; attempt < attempts; ++attempt) {
+		if (attempt > 0) ++sent_again_;
+		if (!send(packet)) return false;
+		const auto end = std::chrono::steady_clock::now() + patience_for_an_answer;
+		while (std::chrono::steady_clock::now() < end) {
+			if (is_acknowledged(tick)) return true;
+			std::this_thread::yield();
+		}
+	}
+	return false;
+}
+
+// Does to a copy of the packet what a bad line does: turns a bit over, loses the tail, or spoils a
+// run of bytes.
+void Client::send_damaged(const Dynamic_bit_buffer& packet) {
+	Dynamic_bit_buffer damaged(packet);
+	const unsigned int size = static_cast<unsigned int>(damaged.size_in_bytes());
+	switch (vandal_.below(3)) {
+	case 0:
+		damaged.buffer[vandal_.below(size)] ^= static_cast<unsigned char>(1u << vandal_.below(8));
+		break;
+	case 1:
+		damaged.shrink_size_to(static_cast<int>(8 * vandal_.below(size)));
+		break;
+	case 2:
+		for (unsigned int at = vandal_.below(size), i = 0; i < 8 && at < size; ++i, ++at) {
+			damaged.buffer[at] ^= static_cast<unsigned char>(1 + vandal_.below(255));
+		}
+	}
+	send(damaged);
+	++tally_.damaged;
+}
+
+// A datagram from somebody else.
+void Client::send_noise() {
+	Dynamic_bit_buffer* noise = bit_buffer_manager.get_bit_buffer();
+	const int size =
+		static_cast<int>(vandal_.below(Dynamic_bit_buffer::static_buffer_size_in_bytes));
+	for (int i = 0; i < size; ++i)
+		noise->buffer[i] = static_cast<unsigned char>(vandal_.below(256));
+	noise->initialize_after_read(size);
+	send(*noise);
+	bit_buffer_manager.return_bit_buffer(noise);
+	++tally_.noise;
+}
+
+bool Client::send_tick(bool is_damaged) {
+	Message message;
+	message.id = udp_packet_id(static_cast<int>(world_.tick()), 0);
+	message.time = world_.time();
+	message.snapshot = world_.snapshot();
+
+	// Packets come from the pool, ready and empty, and go back to it: no allocation on the way.
+	Dynamic_bit_buffer* packet = bit_buffer_manager.get_bit_buffer();
+	packing_.time([&] { return write_message(*packet, message, meter_), true; });
+	fingerprint_ = hash_of(packet->get_buffer(), packet->size_in_bytes(), fingerprint_);
+	bool is_well = true;
+	if (is_damaged) {
+		send_damaged(*packet);
+		send_noise();
+	} else {
+		is_well = round_trip_.time([&] { return deliver(*packet, world_.tick()); });
+		++tally_.undamaged;
+	}
+	bit_buffer_manager.return_bit_buffer(packet);
+	return is_well;
+}
+
+bool Client::say_goodbye() {
+	world_.step(); // for a tick of its own
+	Message message;
+	message.id = udp_packet_id(static_cast<int>(world_.tick()), 0);
+	message.kind = Message_kind::goodbye;
+	message.tally = tally_;
+	Dynamic_bit_buffer packet;
+	Meter meter;
+	write_message(packet, message, meter);
+	return deliver(packet, world_.tick());
+}
+
+void Client::print(bool is_well) const {
+	meter_.print();
+	Table table({"client", "packets"});
+	table.add({"sent undamaged, answered", std::to_string(tally_.undamaged)});
+	table.add({"damaged on purpose", std::to_string(tally_.damaged)});
+	table.add({"noise", std::to_string(tally_.noise)});
+	table.add({"sent again", std::to_string(sent_again_)});
+	table.print();
+	Table times({"client", "us per packet"});
+	times.add({"pack", in_digits(packing_.mean_microseconds(), 2)});
+	times.add({"send", in_digits(sending_.mean_microseconds(), 2)});
+	times.add({"send, and be answered", in_digits(round_trip_.mean_microseconds(), 2)});
+	times.print();
+	std::printf("\n  client: the packets' fingerprint is %08x, the same on every system\n"
+	            "  client: %s\n",
+	            fingerprint_,
+	            is_well ? "every undamaged packet was answered" : "THE ROAD IS BROKEN");
+}
+
+int Client::run() {
+	if (!open_socket(&socket_, 0)) return exit_no_port;
+	xyl_log("client sends %d ticks of %d agents to port %d", options_.ticks, options_.agents,
+	        options_.port);
+	std::printf("  sending %d ticks  [", options_.ticks);
+	bool is_well = true;
+	for (int tick = 1; is_well && tick <= options_.ticks; ++tick) {
+		world_.step();
+		is_well = send_tick(options_.damage > 0 && tick % options_.damage == 0);
+		for (int mark = 30 * (tick - 1) / options_.ticks; mark < 30 * tick / options_.ticks;
+		     ++mark) {
+			std::printf("#");
+			std::fflush(stdout);
+		}
+	}
+	is_well = is_well && say_goodbye();
+	std::printf("]\n");
+	socket_.close_socket();
+	if (is_well) {
+		xyl_post_success_line("client got an answer to each of %d packets", tally_.undamaged);
+	} else {
+		xyl_error("client got no answer to tick %u", world_.tick());
+	}
+	print(is_well);
+	return is_well ? exit_well : exit_not_equal;
+}
+
+} // namespace
+
+int run_client(const Options& options) { return Client(options).run(); }

@@ -1,0 +1,104 @@
+#include "world.h"
+
+#include "message.h"
+
+#include <morvantis/core/xylreport.h>
+
+#include <cmath>
+#include <cstring>
+
+// Nothing here but sums, products and square roots, which every machine rounds alike. Sine and
+// cosine are not among them: they differ in the last digit from one run-time to the next.
+
+unsigned int Random::next() {
+	state_ ^= state_ << 13;
+	state_ ^= state_ >> 17;
+	state_ ^= state_ << 5;
+	return state_;
+}
+
+float Random::between(float low, float high) {
+	return low + (high - low) * (static_cast<float>(next() >> 8) / 16777216.0f);
+}
+
+namespace {
+
+void move(float& position, float& velocity, float low, float high) {
+	position += velocity;
+	if (position < low || position > high) {
+		velocity = -velocity;
+		position = position < low ? low : high;
+	}
+}
+
+// Turns q by a small rotation and brings its length back to 1.
+void turn(float (&q)[4], const float (&spin)[3]) {
+	const auto [w, x, y, z] = q;
+	q[0] = w - (x * spin[0] + y * spin[1] + z * spin[2]);
+	q[1] = x + (w * spin[0] + y * spin[2] - z * spin[1]);
+	q[2] = y + (w * spin[1] + z * spin[0] - x * spin[2]);
+	q[3] = z + (w * spin[2] + x * spin[1] - y * spin[0]);
+	const float length = std::sqrt(q[0] * q[0] + q[1] * q[1] + q[2] * q[2] + q[3] * q[3]);
+	for (float& component : q) component /= length;
+}
+
+} // namespace
+
+World::World(int agent_count, unsigned int seed) : random_(seed) {
+	for (int i = 0; i < agent_count; ++i) {
+		Agent agent{};
+		Motion motion{};
+		for (float& component : agent.position) component = random_.between(0, world_height);
+		for (float& component : motion.velocity) component = random_.between(-2, 2);
+		for (float& component : motion.spin) component = random_.between(-0.1f, 0.1f);
+		agent.orientation[0] = 1;
+		agent.health = 100;
+		xyl_snprintf(agent.name, sizeof(agent.name), "unit %d", i);
+		now_.agents.push_back(agent);
+		motions_.push_back(motion);
+	}
+}
+
+void World::step() {
+	++tick_;
+	for (size_t i = 0; i < now_.agents.size(); ++i) {
+		Agent& agent = now_.agents[i];
+		Motion& motion = motions_[i];
+		move(agent.position[0], motion.velocity[0], -world_half_width, world_half_width);
+		move(agent.position[1], motion.velocity[1], -world_half_width, world_half_width);
+		move(agent.position[2], motion.velocity[2], 0, world_height);
+		turn(agent.orientation, motion.spin);
+		agent.health = static_cast<int>(random_.below(101));
+	}
+	now_.event_size = static_cast<int>(random_.below(event_capacity + 1));
+	for (int i = 0; i < now_.event_size; ++i) {
+		now_.event[i] = static_cast<unsigned char>(random_.below(256));
+	}
+}
+
+namespace {
+
+bool are_equal(const Agent& arrived, const Agent& sent) {
+	for (int i = 0; i < 3; ++i) {
+		// Half a step, and a hundredth for the last digits of a float of this size.
+		if (std::fabs(arrived.position[i] - sent.position[i]) > 0.51f * position_step) return false;
+	}
+	// Opposite quaternions turn alike. The cosine of half the angle between the two is 1 when they
+	// are equal; three components off by half a step each leave it this near.
+	float cosine = 0;
+	for (int i = 0; i < 4; ++i) cosine += arrived.orientation[i] * sent.orientation[i];
+	return std::fabs(cosine) > 1 - 2 * orientation_step * orientation_step &&
+	       arrived.health == sent.health && std::strcmp(arrived.name, sent.name) == 0;
+}
+
+} // namespace
+
+bool are_equal(const Snapshot& arrived, const Snapshot& sent) {
+	if (arrived.agents.size() != sent.agents.size() || arrived.event_size != sent.event_size ||
+	    std::memcmp(arrived.event, sent.event, static_cast<size_t>(sent.event_size)) != 0)
+		return false;
+	for (size_t i = 0; i < sent.agents.size(); ++i) {
+		if (!are_equal(arrived.agents[i], sent.agents[i])) return false;
+	}
+	return true;
+}
