@@ -5,7 +5,7 @@
 #include <morvantis/strings/xylvarstring.h>
 
 #include <algorithm>
-#include <map>
+#include <set>
 
 void Host::keep(const char* kind, const char* text, size_t limit) {
 	texts_.push_back({kind, std::string(text, std::find(text, text + limit, '\0'))});
@@ -28,13 +28,15 @@ void Host::post_message_line(const xylVarString& text, const int&) {
 void Host::print_texts() const {
 	constexpr int shown_of_a_kind = 3;
 	Table table({"what reached the host", "text"});
-	std::map<std::string, int> counts;
-	for (const Text& text : texts_) {
-		if (++counts[text.kind] <= shown_of_a_kind) table.add({text.kind, text.text});
-	}
-	for (const auto& [kind, count] : counts) {
-		if (count <= shown_of_a_kind) continue;
-		table.add({kind, "... and " + std::to_string(count - shown_of_a_kind) + " more"});
+	std::set<std::string> kinds;
+	for (const Text& text : texts_) kinds.insert(text.kind);
+	for (const std::string& kind : kinds) {
+		int shown = 0;
+		for (const Text& text : texts_) {
+			if (text.kind == kind && ++shown <= shown_of_a_kind) table.add({kind, text.text});
+		}
+		if (shown > shown_of_a_kind)
+			table.add({kind, "and " + std::to_string(shown - shown_of_a_kind) + " more"});
 	}
 	table.print();
 }

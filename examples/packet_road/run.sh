@@ -36,6 +36,7 @@ for port in $first $((first + 8000)) $((first + 4001)); do
     client_code=$?
     wait $running
     server_code=$?
+    echo
     cat "$log"
     [ $client_code = 0 ] && [ $server_code = 0 ]
     exit
