@@ -94,6 +94,8 @@ def main():
         print("  ".join(cells).rstrip())
     if not arguments.some:
         errors += [f"no benchmark for the goal: {g[0]} {g[1]}" for g in goals if g not in used]
+    if not rows:
+        errors.append("nothing was measured")
     for error in errors:
         print(f"error: {error}")
     print(f"{len(rows)} ratios, {missed} goals missed, {len(errors)} errors")
