@@ -128,8 +128,9 @@ def is_listed(path, text, folder):
     file = path.relative_to(folder).as_posix()
     forms = [file]
     system = re.fullmatch(r"(.*?)(windows|linux)/(\w+)(\.\w+)", file)
-    if system:  # chosen by the build: the family's name stands in a list
-        forms += [system.group(3), f"${{system}}/{system.group(3)}{system.group(4)}"]
+    if system:  # chosen by the build: by a variable, or the family's name stands in a list
+        text = re.sub(r"\$\{\w*system\}", system.group(2), text)
+        forms.append(system.group(3))
     heap = re.fullmatch(r"(.*_)(mimalloc|runtime)\.cpp", file)
     if heap:
         forms.append(heap.group(1) + "${MORVANTIS_HEAP}.cpp")

@@ -159,8 +159,8 @@ template <typename T> plain::Frustum<T> to_plain(const xylFrustum& frustum) {
 	return result;
 }
 
-// Moves inputs of a computation in double a little. An answer that twelve such moves don't change is
-// away from its boundary, and the library's in float has to be the same.
+// Moves inputs of a computation in double a little. An answer that twelve such moves don't change
+// is away from its boundary, and the library's in float has to be the same.
 class Jitter {
 public:
 	Jitter(Samples& samples, float size) : samples_(samples), size_(size) {}
