@@ -53,7 +53,7 @@ bool give_name(char* buffer, xylUInt32* size) {
 	return true;
 }
 
-std::string format(const char* format, va_list arguments) {
+MORVANTIS_FORMAT(1, 0) std::string format(const char* format, va_list arguments) {
 	char text[1024];
 	std::vsnprintf(text, sizeof(text), format, arguments);
 	return text;
