@@ -131,7 +131,7 @@ bool Client::send_tick(bool is_damaged) {
 
 	// Packets come from the pool, ready and empty, and go back to it: no allocation on the way.
 	Dynamic_bit_buffer* packet = bit_buffer_manager.get_bit_buffer();
-	packing_.time([&] { return write_message(*packet, message, meter_), true; });
+	packing_.time([&] { write_message(*packet, message, meter_); });
 	fingerprint_ = hash_of(packet->get_buffer(), packet->size_in_bytes(), fingerprint_);
 	bool is_well = true;
 	if (is_damaged) {

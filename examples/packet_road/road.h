@@ -38,17 +38,24 @@ inline bool open_socket(QoNet_udp_socket* socket, unsigned short port) {
 class Stopwatch {
 public:
 	template <typename Work> auto time(Work work) {
-		const auto start = std::chrono::steady_clock::now();
-		const auto result = work();
-		total_ += std::chrono::steady_clock::now() - start;
-		++count_;
-		return result;
+		const Lap lap(*this);
+		return work();
 	}
 	double mean_microseconds() const {
 		return count_ ? std::chrono::duration<double, std::micro>(total_).count() / count_ : 0;
 	}
 
 private:
+	struct Lap {
+		explicit Lap(Stopwatch& watch) : watch_(watch) {}
+		~Lap() {
+			watch_.total_ += std::chrono::steady_clock::now() - start_;
+			++watch_.count_;
+		}
+		Stopwatch& watch_;
+		std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+	};
+
 	std::chrono::steady_clock::duration total_{};
 	int count_ = 0;
 };
