@@ -14,6 +14,41 @@ const unsigned int Dynamic_bit_buffer::packet_id_mod_limit;
 const unsigned int Dynamic_bit_buffer::packet_id_mod_limit_div_2;
 const int Dynamic_bit_buffer::slack_in_bytes;
 
+namespace {
+
+// The rest of an array, 0 to 7 bytes, as a number and back: a call of memcpy would cost more.
+unsigned long long load_bytes(const unsigned char* from, size_t count) {
+	unsigned long long value = 0;
+	if (count & 1) value = from[count - 1];
+	if (count & 2) {
+		unsigned short part;
+		std::memcpy(&part, from + (count & 4), 2);
+		value = value << 16 | part;
+	}
+	if (count & 4) {
+		unsigned int part;
+		std::memcpy(&part, from, 4);
+		value = value << 32 | part;
+	}
+	return value;
+}
+
+void store_bytes(unsigned char* to, unsigned long long value, size_t count) {
+	if (count & 4) {
+		std::memcpy(to, &value, 4);
+		to += 4;
+		value >>= 32;
+	}
+	if (count & 2) {
+		std::memcpy(to, &value, 2);
+		to += 2;
+		value >>= 16;
+	}
+	if (count & 1) *to = static_cast<unsigned char>(value);
+}
+
+} // namespace
+
 Dynamic_bit_buffer::Dynamic_bit_buffer() { setup(nullptr, 0); }
 
 Dynamic_bit_buffer::Dynamic_bit_buffer(const unsigned char* data, int byte_count) {
@@ -205,11 +240,13 @@ void Dynamic_bit_buffer::append_unaligned_bytes(unsigned char* to, unsigned int 
 		store_64(to, carried | (word << shift));
 		carried = word >> (64 - shift);
 	}
-	unsigned long long rest = 0;
-	std::memcpy(&rest, from, byte_count);
-	// At most 7 bits and 7 bytes. What lies above in the last word is put back as it was.
-	const unsigned long long written = low_bits(static_cast<int>(shift + byte_count * 8));
-	store_64(to, carried | (rest << shift) | (load_64(to) & ~written));
+	// What lies above the field stays. Only the last byte holds some of it: loading more would wait
+	// for the stores above.
+	const unsigned long long rest = carried | (load_bytes(from, byte_count) << shift);
+	store_bytes(to, rest, byte_count);
+	const unsigned long long written = low_bits(static_cast<int>(shift));
+	to[byte_count] = static_cast<unsigned char>((to[byte_count] & ~written) |
+	                                            ((rest >> (byte_count * 8)) & written));
 }
 
 void Dynamic_bit_buffer::read_unaligned_bytes(const unsigned char* from, unsigned int shift,
@@ -218,6 +255,5 @@ void Dynamic_bit_buffer::read_unaligned_bytes(const unsigned char* from, unsigne
 		const unsigned long long last = from[8];
 		store_64(to, (load_64(from) >> shift) | (last << (64 - shift)));
 	}
-	const unsigned long long rest = load_64(from) >> shift;
-	std::memcpy(to, &rest, byte_count);
+	store_bytes(to, load_64(from) >> shift, byte_count);
 }

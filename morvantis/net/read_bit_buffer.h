@@ -125,7 +125,8 @@ inline Read_bit_buffer& Read_bit_buffer::operator=(Read_bit_buffer&& source) {
 	return *this;
 }
 
-inline bool Read_bit_buffer::serial_op(int& value, const Integer_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool Read_bit_buffer::serial_op(int& value,
+                                                       const Integer_compression_info& info) {
 	unsigned int raw;
 	if (!read_bits_to_uint32(raw, info.bit_count)) return false;
 	if (info.bit_count == 32 && static_cast<unsigned int>(info.min_value) == 0x80000000u) {
@@ -138,8 +139,8 @@ inline bool Read_bit_buffer::serial_op(int& value, const Integer_compression_inf
 	return in_range;
 }
 
-inline bool Read_bit_buffer::serial_op(unsigned int& value,
-                                       const Unsigned_integer_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool
+Read_bit_buffer::serial_op(unsigned int& value, const Unsigned_integer_compression_info& info) {
 	unsigned int raw;
 	if (!read_bits_to_uint32(raw, info.bit_count)) return false;
 	const unsigned int sum = info.min_value + raw;
@@ -148,7 +149,8 @@ inline bool Read_bit_buffer::serial_op(unsigned int& value,
 	return in_range;
 }
 
-inline bool Read_bit_buffer::serial_op(long long& value, const Integer64_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool Read_bit_buffer::serial_op(long long& value,
+                                                       const Integer64_compression_info& info) {
 	unsigned long long raw;
 	if (!read_bits_to_uint64(raw, info.bit_count)) return false;
 	const unsigned long long least = static_cast<unsigned long long>(info.min_value);
@@ -162,8 +164,9 @@ inline bool Read_bit_buffer::serial_op(long long& value, const Integer64_compres
 	return in_range;
 }
 
-inline bool Read_bit_buffer::serial_op(unsigned long long& value,
-                                       const Unsigned_integer64_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool
+Read_bit_buffer::serial_op(unsigned long long& value,
+                           const Unsigned_integer64_compression_info& info) {
 	unsigned long long raw;
 	if (!read_bits_to_uint64(raw, info.bit_count)) return false;
 	const unsigned long long sum = info.min_value + raw;
@@ -172,7 +175,8 @@ inline bool Read_bit_buffer::serial_op(unsigned long long& value,
 	return in_range;
 }
 
-inline bool Read_bit_buffer::serial_op_float(float& value, const Float_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool Read_bit_buffer::serial_op_float(float& value,
+                                                             const Float_compression_info& info) {
 	unsigned int raw;
 	if (!read_bits_to_uint32(raw, info.bit_count)) return false;
 	if (!(info.precision < 0.0f || info.precision > 0.0f)) {
@@ -195,14 +199,14 @@ inline bool Read_bit_buffer::serial_op_byte_array(unsigned char* data, int max_s
 	return byte_count == 0 || read_bytes_or_zeros(data, byte_count);
 }
 
-inline bool Read_bit_buffer::serial_op_time(long long& value) {
+MORVANTIS_FORCE_INLINE bool Read_bit_buffer::serial_op_time(long long& value) {
 	unsigned long long raw;
 	if (!read_bits_to_uint64(raw, 63)) return false;
 	value = static_cast<long long>(raw);
 	return true; // 63 bits are never negative
 }
 
-inline bool Read_bit_buffer::serial_op_time_coarse(long long& value) {
+MORVANTIS_FORCE_INLINE bool Read_bit_buffer::serial_op_time_coarse(long long& value) {
 	unsigned int is_exact;
 	if (!read_bits_to_uint32(is_exact, 1)) return false;
 	if (is_exact != 0) return serial_op_time(value);

@@ -76,7 +76,8 @@ inline Write_bit_buffer& Write_bit_buffer::operator=(Write_bit_buffer&& source) 
 	return *this;
 }
 
-inline bool Write_bit_buffer::serial_op(int value, const Integer_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool Write_bit_buffer::serial_op(int value,
+                                                        const Integer_compression_info& info) {
 	const unsigned int least = static_cast<unsigned int>(info.min_value);
 	const bool is_full_range = info.bit_count == 32 && least == 0x80000000u;
 	append_bits_from_uint32(static_cast<unsigned int>(value) - (is_full_range ? 0 : least),
@@ -84,29 +85,33 @@ inline bool Write_bit_buffer::serial_op(int value, const Integer_compression_inf
 	return true;
 }
 
-inline bool Write_bit_buffer::serial_op(unsigned int value,
-                                        const Unsigned_integer_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool
+Write_bit_buffer::serial_op(unsigned int value, const Unsigned_integer_compression_info& info) {
 	append_bits_from_uint32(value - info.min_value, info.bit_count);
 	return true;
 }
 
-inline bool Write_bit_buffer::append_distance(unsigned long long value,
-                                              unsigned long long min_value, int bit_count) {
+MORVANTIS_FORCE_INLINE bool Write_bit_buffer::append_distance(unsigned long long value,
+                                                              unsigned long long min_value,
+                                                              int bit_count) {
 	append_bits_from_uint64(value - min_value, bit_count);
 	return true;
 }
 
-inline bool Write_bit_buffer::serial_op(long long value, const Integer64_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool Write_bit_buffer::serial_op(long long value,
+                                                        const Integer64_compression_info& info) {
 	return append_distance(static_cast<unsigned long long>(value),
 	                       static_cast<unsigned long long>(info.min_value), info.bit_count);
 }
 
-inline bool Write_bit_buffer::serial_op(unsigned long long value,
-                                        const Unsigned_integer64_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool
+Write_bit_buffer::serial_op(unsigned long long value,
+                            const Unsigned_integer64_compression_info& info) {
 	return append_distance(value, info.min_value, info.bit_count);
 }
 
-inline bool Write_bit_buffer::serial_op_float(float value, const Float_compression_info& info) {
+MORVANTIS_FORCE_INLINE bool Write_bit_buffer::serial_op_float(float value,
+                                                              const Float_compression_info& info) {
 	unsigned int raw;
 	if (info.precision < 0.0f || info.precision > 0.0f) {
 		const float steps = (value - info.min_value) / info.precision + 0.5f;
@@ -128,12 +133,12 @@ inline bool Write_bit_buffer::serial_op_byte_array(const unsigned char* data, in
 	return true;
 }
 
-inline bool Write_bit_buffer::serial_op_time(const long long& value) {
+MORVANTIS_FORCE_INLINE bool Write_bit_buffer::serial_op_time(const long long& value) {
 	append_bits_from_uint64(static_cast<unsigned long long>(value), 63);
 	return true;
 }
 
-inline bool Write_bit_buffer::serial_op_time_coarse(const long long& value) {
+MORVANTIS_FORCE_INLINE bool Write_bit_buffer::serial_op_time_coarse(const long long& value) {
 	const long long hundreds = value / 100;
 	if (hundreds > 0x3FFFFF) {
 		append_bits_from_uint32(1, 1);
