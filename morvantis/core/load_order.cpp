@@ -9,5 +9,12 @@
 // length and clears at run time instead, here in its place.)
 xylStatic_hashtable<void*, xylUInt64, 1048576> xylMemory_allocator_globals::array_allocation_data_;
 
+// page_allocator_ and heap_allocator_.
+namespace {
+struct Global_allocators {
+	Global_allocators() { xylMemory_allocator_globals::init_global_allocators(); }
+} global_allocators;
+} // namespace
+
 // Needs no construction; what is registered here is that it is emptied when the library unloads.
 Bit_buffer_manager bit_buffer_manager;

@@ -33,6 +33,10 @@ MORVANTIS_API void xyl_heap_free(void* memory);
 // Bytes that the block really has: its size as asked for, or more. 0 for null.
 MORVANTIS_API size_t xyl_heap_usable_size(const void* memory);
 
+// Prints the heap's own statistics to standard error; nothing where it keeps none. Not exported: a
+// host asks xylHeap_allocator.
+void xyl_heap_print_statistics();
+
 // The heap under the names that the engine's modules know: xyl_heap_allocate() and
 // xyl_heap_free(). Nothing in the library calls these two.
 extern "C" MORVANTIS_API void* XXH_malloc(size_t size);

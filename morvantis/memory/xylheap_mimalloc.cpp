@@ -4,6 +4,8 @@
 
 #include <mimalloc.h>
 
+#include <cstdio>
+
 // mi_malloc() of mimalloc 2.0.9 aligns to 16 from 9 bytes up and only to 8 below, so the plain form
 // with a floor on the size is enough, and it is the fast one: mi_malloc_aligned(size, 16) costs 4
 // to 15 % more and goes to the system from 16 MiB up. The alignment is an observation and not a
@@ -32,3 +34,8 @@ void* xyl_heap_reallocate_aligned(void* memory, size_t size, size_t alignment) {
 void xyl_heap_free(void* memory) { mi_free(memory); }
 
 size_t xyl_heap_usable_size(const void* memory) { return mi_usable_size(memory); }
+
+// Through standard error, where mimalloc's own output on Windows looks for a console.
+void xyl_heap_print_statistics() {
+	mi_stats_print_out([](const char* text, void*) { std::fputs(text, stderr); }, nullptr);
+}

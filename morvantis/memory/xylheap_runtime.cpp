@@ -32,3 +32,5 @@ void xyl_heap_free(void* memory) { std::free(memory); }
 size_t xyl_heap_usable_size(const void* memory) {
 	return malloc_usable_size(const_cast<void*>(memory));
 }
+
+void xyl_heap_print_statistics() {} // the C runtime keeps none that every system can print

@@ -3,9 +3,19 @@
 
 #include <morvantis/memory/xylstatic_hashtable.h>
 
+class xylHeap_allocator;
+class xylPage_allocator;
+
 // Static members only.
 class MORVANTIS_API xylMemory_allocator_globals {
 public:
+	// Made when the library is loaded, in this order, and never destroyed. On the runtime's heap,
+	// so that they need nothing of the library's.
+	static xylPage_allocator* page_allocator_;
+	static xylHeap_allocator* heap_allocator_;
+
+	// Makes both. A further call replaces both pointers and leaks the former objects.
+	static void init_global_allocators();
 	// kept: does nothing. The global allocators are never torn down.
 	static void finalize_global_allocators();
 

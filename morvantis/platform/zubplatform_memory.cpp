@@ -2,9 +2,9 @@
 #include <morvantis/platform/zubplatform.h>
 
 #include <morvantis/core/xylreport.h>
+#include <morvantis/memory/page_size.h>
 #include <morvantis/platform/system/memory.h>
 
-#include <algorithm>
 #include <atomic>
 
 namespace {
@@ -46,16 +46,9 @@ float zubPlatform::get_available_memory_percentage() {
 	return static_cast<float>(widen(status.available_bytes) / widen(status.total_bytes)) * 100.0f;
 }
 
-xylUInt64 zubPlatform::page_size_internal() {
-	const os::Page_sizes sizes = os::page_sizes();
-	return std::max(sizes.granularity_bytes, sizes.page_bytes);
-}
+xylUInt64 zubPlatform::page_size_internal() { return ask_page_size(); }
 
-xylUInt64 zubPlatform::page_size() {
-	// kept: 32 bits with a sign between the system's answer and the result.
-	static const xylInt32 size = static_cast<xylInt32>(page_size_internal());
-	return static_cast<xylUInt64>(static_cast<xylInt64>(size));
-}
+xylUInt64 zubPlatform::page_size() { return known_page_size(); }
 
 void* zubPlatform::allocate_memory(xylUInt64 size, xylUInt64, bool, bool) {
 	return os::take_pages(size);
