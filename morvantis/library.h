@@ -4,6 +4,7 @@
 
 #include <morvantis/core/xylexport.h>
 #include <morvantis/core/xylguid.h>
+#include <morvantis/core/xylguid_generator.h>
 #include <morvantis/core/xylmutex.h>
 #include <morvantis/core/xylreport.h>
 #include <morvantis/core/xyltypes.h>
@@ -14,10 +15,12 @@
 #include <morvantis/memory/xylarray.h>
 #include <morvantis/memory/xylcritical_section.h>
 #include <morvantis/memory/xylheap.h>
+#include <morvantis/memory/xylheap_allocator.h>
 #include <morvantis/memory/xylmap.h>
 #include <morvantis/memory/xylmemory_allocation_critical_section_holder.h>
 #include <morvantis/memory/xylmemory_allocator_base.h>
 #include <morvantis/memory/xylmemory_allocator_globals.h>
+#include <morvantis/memory/xylpage_allocator.h>
 #include <morvantis/memory/xylstatic_hashtable.h>
 
 #include <morvantis/strings/xylconststring.h>
