@@ -20,8 +20,9 @@ llvm-profdata-19 merge --sparse -o "$profiles/all.profdata" "$profiles"/*.profra
 binaries=("$build/lib/libMorvantis.Library.so")
 for program in "$build"/bin/*_tests; do binaries+=(-object "$program"); done
 if [ "${1:-}" = --lines ]; then
-  exec llvm-cov-19 show "${binaries[@]}" -instr-profile="$profiles/all.profdata" "$root/$2"
+  exec llvm-cov-19 show "${binaries[@]}" -instr-profile="$profiles/all.profdata" \
+    -path-equivalence="$root/$build,$root" -sources "$root/$2"
 fi
 llvm-cov-19 export "${binaries[@]}" -instr-profile="$profiles/all.profdata" -summary-only \
-  "$root/morvantis" >"$build/coverage.json"
+  >"$build/coverage.json"
 exec python3 scripts/coverage_table.py "$build/coverage.json" "$root/morvantis" 95
