@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
 # Prints which part of the lines of morvantis/ the tests reach on Linux, by folder and in all.
 #
-# usage: coverage.sh [--lines file]     --lines: the file's text with how often each line ran
-#
 # Ends with 1 when the whole is below 95 %, or a test fails.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -19,10 +17,6 @@ llvm-profdata-19 merge --sparse -o "$profiles/all.profdata" "$profiles"/*.profra
 # Tests compile what the library does not export into themselves: their copies count as well.
 binaries=("$build/lib/libMorvantis.Library.so")
 for program in "$build"/bin/*_tests; do binaries+=(-object "$program"); done
-if [ "${1:-}" = --lines ]; then
-  exec llvm-cov-19 show "${binaries[@]}" -instr-profile="$profiles/all.profdata" \
-    -path-equivalence="$root/$build,$root" -sources "$root/$2"
-fi
 llvm-cov-19 export "${binaries[@]}" -instr-profile="$profiles/all.profdata" -summary-only \
   >"$build/coverage.json"
 exec python3 scripts/coverage_table.py "$build/coverage.json" "$root/morvantis" 95
