@@ -48,12 +48,16 @@
 #include <morvantis/math/xylint_vec2.h>
 #include <morvantis/math/xylint_vec3.h>
 #include <morvantis/math/xylmat3.h>
+#include <morvantis/math/xylmath.h>
 #include <morvantis/math/xylmatrix_frame.h>
 #include <morvantis/math/xylmatrix_frame_d.h>
 #include <morvantis/math/xylobject_bounds_cache.h>
 #include <morvantis/math/xylplane.h>
 #include <morvantis/math/xylquaternion.h>
+#include <morvantis/math/xylray.h>
 #include <morvantis/math/xyltransform.h>
+#include <morvantis/math/xyludim.h>
+#include <morvantis/math/xyluvec2.h>
 #include <morvantis/math/xylvec2.h>
 #include <morvantis/math/xylvec3.h>
 #include <morvantis/math/xylvec3d.h>
