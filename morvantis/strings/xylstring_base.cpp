@@ -56,11 +56,6 @@ bool xylString_base::operator==(const char* other) const {
 	return size_of(length_) == length && std::memcmp(char_p(), other, length + 1) == 0;
 }
 
-bool xylString_base::operator==(const xylString_base& other) const {
-	if (length_ != other.length_) return false;
-	return length_ == 0 || std::strcmp(text_, other.text_) == 0;
-}
-
 bool xylString_base::operator<(const xylString_base& other) const {
 	if (other.is_empty()) return false;
 	return is_empty() || std::strcmp(text_, other.text_) < 0;

@@ -3,7 +3,7 @@
 
 #include <morvantis/core/xyltypes.h> // MORVANTIS_API
 
-#include <cstddef> // size_t
+#include <cstring> // strcmp, for the comparison
 
 class xylVarString;
 
@@ -60,7 +60,9 @@ public:
 
 	// Lengths first, then byte by byte up to the terminator. Two empty strings are equal.
 	bool operator==(const char* other) const;
-	bool operator==(const xylString_base& other) const;
+	bool operator==(const xylString_base& other) const {
+		return length_ == other.length_ && (length_ == 0 || std::strcmp(text_, other.text_) == 0);
+	}
 	bool operator!=(const char* other) const { return !(*this == other); }
 	bool operator!=(const xylString_base& other) const { return !(*this == other); }
 

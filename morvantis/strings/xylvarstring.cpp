@@ -4,6 +4,7 @@
 #include <morvantis/core/legacy_format.h>
 #include <morvantis/core/number_text.h>
 #include <morvantis/memory/xylheap.h>
+#include <morvantis/strings/copy_bytes.h>
 
 #include <algorithm>
 #include <cstdarg>
@@ -263,10 +264,25 @@ void xylVarString::append_growing(const char* source, size_t count, unsigned int
 	xyl_heap_free(old);
 }
 
+void xylVarString::append_unterminated(const char* source, size_t count) {
+	const unsigned int end = static_cast<unsigned int>(length_) + static_cast<unsigned int>(count);
+	if (static_cast<unsigned int>(capacity_) <= end) {
+		append_growing(source, count, end);
+	} else {
+		copy_bytes(text_ + length_, source, count);
+	}
+	length_ = static_cast<int>(end);
+}
+
+void xylVarString::append_bytes(const char* source, size_t count) {
+	append_unterminated(source, count);
+	text_[length_] = 0;
+}
+
 // Replaces the text. The source may be a part of it: such a one needs no larger storage.
 void xylVarString::assign_bytes(const char* source, size_t count) {
 	ensure_length(static_cast<unsigned int>(count));
-	if (count > 0) std::memmove(text_, source, count);
+	copy_bytes(text_, source, count);
 	length_ = static_cast<int>(count);
 	terminate();
 }

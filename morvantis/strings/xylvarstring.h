@@ -3,7 +3,7 @@
 
 #include <morvantis/strings/xylstring_base.h>
 
-#include <cstring> // strlen and memmove, for the appends
+#include <cstring> // strlen, for the appends
 #include <string>
 
 // Text of any length on the library's heap, with a read cursor.
@@ -284,7 +284,7 @@ protected:
 private:
 	// Where a token stands in the text, without its quotes.
 	struct Token_range {
-		int start;
+		const char* start;
 		int size; // 0: an empty quoted token, or none
 	};
 	// Moves the cursor over the next token, of which at most `limit` bytes are taken.
@@ -296,20 +296,8 @@ private:
 	void grow(unsigned int length);
 	void append_growing(const char* source, size_t count, unsigned int wanted);
 	// Makes room, copies and sets the length; no terminator.
-	void append_unterminated(const char* source, size_t count) {
-		const unsigned int end =
-			static_cast<unsigned int>(length_) + static_cast<unsigned int>(count);
-		if (static_cast<unsigned int>(capacity_) <= end) {
-			append_growing(source, count, end);
-		} else {
-			std::memmove(text_ + length_, source, count);
-		}
-		length_ = static_cast<int>(end);
-	}
-	void append_bytes(const char* source, size_t count) {
-		append_unterminated(source, count);
-		text_[length_] = 0;
-	}
+	void append_unterminated(const char* source, size_t count);
+	void append_bytes(const char* source, size_t count);
 	void assign_bytes(const char* source, size_t count);
 	void terminate() {
 		if (text_) text_[length_] = 0;

@@ -4,8 +4,11 @@
 
 #include <morvantis/core/ascii.h>
 #include <morvantis/core/number_parse.h>
+#include <morvantis/strings/copy_bytes.h>
 
+#include <bit>
 #include <cstdlib>
+#include <emmintrin.h>
 
 namespace {
 
@@ -13,6 +16,19 @@ constexpr int token_limit = 8192; // bytes of the caller's area
 constexpr int number_area = 20;   // bytes for the text of a number, terminator included
 
 bool can_be_in_number(char c) { return ascii::is_digit(c) || c == '+' || c == '-'; }
+
+// The first separator at or behind `at`, or `end`. Sixteen bytes at a time while there are as many.
+const char* find_separator(const char* at, const char* end) {
+	const __m128i highest = _mm_set1_epi8(32);
+	for (; end - at >= 16; at += 16) {
+		const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+		const __m128i separators = _mm_cmpeq_epi8(_mm_min_epu8(bytes, highest), bytes);
+		const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(separators));
+		if (mask != 0) return at + std::countr_zero(mask);
+	}
+	while (at != end && !ascii::is_separator(*at)) ++at;
+	return at;
+}
 
 // The characters of a number token as they are collected.
 class Number_text {
@@ -50,30 +66,34 @@ void xylVarString::pop_front(void* target, unsigned int count) {
 
 bool xylVarString::has_more_tokens() {
 	if (eof()) return false;
-	while (cursor_ < length_ && ascii::is_separator(text_[cursor_])) ++cursor_;
-	return cursor_ < length_;
+	const char* const end = text_ + length_;
+	const char* at = text_ + cursor_;
+	while (at != end && ascii::is_separator(*at)) ++at;
+	cursor_ = static_cast<int>(at - text_);
+	return at != end;
 }
 
 xylVarString::Token_range xylVarString::take_token(int limit) {
-	if (!has_more_tokens()) return {cursor_, 0};
+	if (!has_more_tokens()) return {nullptr, 0};
 	const bool quoted = text_[cursor_] == '"';
-	const int start = cursor_ + (quoted ? 1 : 0);
-	const int end = length_ - start > limit ? start + limit : length_;
-	int at = start;
+	const char* const start = text_ + cursor_ + (quoted ? 1 : 0);
+	const char* end = text_ + length_;
+	if (end - start > limit) end = start + limit;
+	const char* at = start;
 	if (quoted) {
-		while (at < end && text_[at] != '"') ++at;
-		cursor_ = at + 1; // kept: over the closing quote, or over whatever stands there
+		while (at != end && *at != '"') ++at;
 	} else {
-		while (at < end && !ascii::is_separator(text_[at])) ++at;
-		cursor_ = at;
+		at = find_separator(at, end);
 	}
-	return {start, at - start};
+	// kept: behind a quoted token the cursor steps over a byte, the closing quote or not.
+	cursor_ = static_cast<int>(at - text_) + (quoted ? 1 : 0);
+	return {start, static_cast<int>(at - start)};
 }
 
 void xylVarString::next_token(char* const token, int& size) {
 	const Token_range range = take_token(token_limit);
 	size = range.size;
-	if (size > 0) std::memcpy(token, text_ + range.start, static_cast<size_t>(size));
+	copy_bytes(token, range.start, static_cast<size_t>(size));
 	// kept: a token that fills the area loses its last byte to the terminator.
 	token[size < token_limit ? size : token_limit - 1] = 0;
 }
@@ -81,7 +101,7 @@ void xylVarString::next_token(char* const token, int& size) {
 void xylVarString::next_token_str(xylVarString& token) {
 	token.clear();
 	const Token_range range = take_token(length_);
-	if (range.size > 0) token.append_bytes(text_ + range.start, static_cast<size_t>(range.size));
+	if (range.size > 0) token.append_bytes(range.start, static_cast<size_t>(range.size));
 }
 
 xylVarString::Read_token_result xylVarString::try_next_token_int(int& value) {

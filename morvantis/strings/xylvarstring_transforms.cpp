@@ -3,6 +3,9 @@
 #include <morvantis/strings/xylvarstring.h>
 
 #include <morvantis/core/ascii.h>
+#include <morvantis/strings/find_bytes.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -14,17 +17,36 @@ constexpr int image_tag_length = sizeof(image_tag) - 1;
 // kept: as a signed byte, so that bytes of 128 and above count too.
 bool is_white_space(char c) { return static_cast<signed char>(c) <= 32; }
 
-// One word of a filter, without its white space.
-bool matches_word(const xylVarString& text, xylVarString& word) {
-	const int length = word.length();
-	if (length < 2) return text.contains(word);
-	if (word[0] == '-') return !text.contains(word.char_p() + 1);
-	if (word[0] == '.') return text.begins_with(word.char_p() + 1);
-	if (word[static_cast<unsigned int>(length) - 1] == '.') {
-		word.delete_range(length - 1, 1);
-		return text.ends_with(word.char_p(), true);
-	}
-	return text.contains(word);
+// One word of a filter, without white space and so without zero bytes.
+struct Word {
+	const char* text;
+	size_t size;
+};
+
+bool contains(const xylVarString& text, Word word) {
+	const char* const bytes = text.char_p();
+	return find_bytes(bytes, std::strlen(bytes), word.text, word.size) != nullptr;
+}
+
+bool begins_with(const xylVarString& text, Word word) {
+	return word.size <= static_cast<size_t>(text.length()) &&
+	       std::memcmp(text.char_p(), word.text, word.size) == 0;
+}
+
+bool ends_with(const xylVarString& text, Word word) {
+	const auto length = static_cast<size_t>(text.length());
+	if (word.size > length) return false;
+	const char* const tail = text.char_p() + (length - word.size);
+	return std::memcmp(tail, word.text, word.size) == 0 && tail[word.size] == 0;
+}
+
+bool matches_word(const xylVarString& text, Word word) {
+	if (word.size < 2) return contains(text, word);
+	const Word rest{word.text + 1, word.size - 1};
+	if (word.text[0] == '-') return !contains(text, rest);
+	if (word.text[0] == '.') return begins_with(text, rest);
+	if (word.text[word.size - 1] == '.') return ends_with(text, {word.text, word.size - 1});
+	return contains(text, word);
 }
 
 } // namespace
@@ -94,11 +116,19 @@ bool xylVarString::replace(const char* search, const char* replacement) {
 xylVarString xylVarString::replace(char c, const char* replacement) const {
 	xylVarString result;
 	const size_t count = replacement ? std::strlen(replacement) : 0;
-	for (int i = 0; i < length_; ++i) {
-		if (text_[i] != c) {
-			result.append(text_[i]);
+	const char* const begin = text_;
+	const char* const end = begin + length_;
+	const auto found = static_cast<size_t>(std::count(begin, end, c));
+	const size_t length = static_cast<size_t>(length_) - found + found * count;
+	if (length == 0) return result;
+	result.set_length_externally(static_cast<unsigned int>(length));
+	char* target = result.text_;
+	for (const char* at = begin; at != end; ++at) {
+		if (*at != c) {
+			*target++ = *at;
 		} else if (count > 0) {
-			result.append_bytes(replacement, count);
+			std::memcpy(target, replacement, count);
+			target += count;
 		}
 	}
 	return result;
@@ -154,12 +184,16 @@ void xylVarString::replace_new_line_codes_with_new_lines() {
 bool xylVarString::matches_filter(const xylVarString& text, const xylVarString& filter) {
 	if (filter.is_empty()) return true;
 	bool matches = true;
-	xylVarString word;
+	xylVarString cleaned;
 	for (int start = 0; start <= filter.length_;) {
 		int end = filter.search_char(' ', start);
 		if (end < 0) end = filter.length_;
-		word.copy(filter.text_ + start, end - start);
-		word.remove_white_spaces();
+		Word word{filter.text_ + start, static_cast<size_t>(end - start)};
+		if (std::any_of(word.text, word.text + word.size, is_white_space)) {
+			cleaned.copy(word.text, end - start);
+			cleaned.remove_white_spaces();
+			word = {cleaned.text_, static_cast<size_t>(cleaned.length_)};
+		}
 		matches = matches_word(text, word) && matches;
 		start = end + 1;
 	}
