@@ -27,6 +27,10 @@ xylUInt32 os::milliseconds() {
 	return static_cast<xylUInt32>(counter() / nanoseconds_per_millisecond);
 }
 
+void os::begin_timer_period(unsigned int) {}
+
+void os::end_timer_period(unsigned int) {}
+
 void os::sleep(unsigned long milliseconds) {
 	if (milliseconds == 0) {
 		sched_yield();

@@ -17,4 +17,8 @@ bool os::counter_frequency(xylInt64* frequency) {
 
 xylUInt32 os::milliseconds() { return timeGetTime(); }
 
+void os::begin_timer_period(unsigned int milliseconds) { timeBeginPeriod(milliseconds); }
+
+void os::end_timer_period(unsigned int milliseconds) { timeEndPeriod(milliseconds); }
+
 void os::sleep(unsigned long milliseconds) { Sleep(milliseconds); }
