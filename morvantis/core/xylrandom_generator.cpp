@@ -11,6 +11,11 @@ constexpr unsigned int deterministic_seed = 45153;
 
 } // namespace
 
+const unsigned int xylRandom_generator::min_possible_value_xorshift_seed;
+const unsigned int xylRandom_generator::max_possible_value_xorshift_seed;
+const unsigned int xylRandom_generator::min_possible_random_value;
+const unsigned int xylRandom_generator::max_possible_random_value;
+
 constinit xylRandom_generator xylRandom::global_random_gen;
 
 void xylRandom_generator::set_random_seed() {

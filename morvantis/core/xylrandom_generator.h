@@ -11,10 +11,10 @@
 // Threads: a generator belongs to one thread at a time; two that share one may lose steps.
 class MORVANTIS_API xylRandom_generator {
 public:
-	static constexpr unsigned int min_possible_value_xorshift_seed = 1;
-	static constexpr unsigned int max_possible_value_xorshift_seed = 0xFFFFFFFF;
-	static constexpr unsigned int min_possible_random_value = 0;
-	static constexpr unsigned int max_possible_random_value = 0xFFFFFFFE;
+	static const unsigned int min_possible_value_xorshift_seed = 1;
+	static const unsigned int max_possible_value_xorshift_seed = 0xFFFFFFFF;
+	static const unsigned int min_possible_random_value = 0;
+	static const unsigned int max_possible_random_value = 0xFFFFFFFE;
 
 	// Every generator starts with the same sequence.
 	constexpr xylRandom_generator() = default;

@@ -1,5 +1,12 @@
 #include <morvantis/core/xyltimer.h>
 
+const int xylTimer::num_timers__;
+const int xylTimer::real_timer_no__;
+const int xylTimer::tactical_timer_no__;
+const int xylTimer::time_scale__;
+const float xylTimer::inv_xyl_time_scale__ = seconds_per_unit;
+const int xylTimer::time_scale_conversion_rate_to_msec__;
+
 constinit float xylTimer::delta_time__[num_timers__] = {0.01f, 0.01f};
 constinit xylInt64 xylTimer::delta_ticks__[num_timers__] = {};
 constinit xylInt64 xylTimer::cur_ticks__[num_timers__] = {};

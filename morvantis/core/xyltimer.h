@@ -14,12 +14,12 @@
 // delta and the total of different ticks.
 class MORVANTIS_API xylTimer {
 public:
-	static constexpr int num_timers__ = 2;
-	static constexpr int real_timer_no__ = 0;                        // the host's real time
-	static constexpr int tactical_timer_no__ = 1;                    // the host's tactical time
-	static constexpr int time_scale__ = 100000;                      // units per second
-	static constexpr float inv_xyl_time_scale__ = 1e-5f;             // seconds per unit
-	static constexpr int time_scale_conversion_rate_to_msec__ = 100; // units per millisecond
+	static const int num_timers__ = 2;
+	static const int real_timer_no__ = 0;                        // the host's real time
+	static const int tactical_timer_no__ = 1;                    // the host's tactical time
+	static const int time_scale__ = 100000;                      // units per second
+	static const float inv_xyl_time_scale__;                     // seconds per unit
+	static const int time_scale_conversion_rate_to_msec__ = 100; // units per millisecond
 
 	// Starts measuring on clock `no`, so elapsed_time() is 0 until the next tick.
 	explicit xylTimer(int no) : state(cur_ticks__[no]), timer_no(no) {}
@@ -58,7 +58,7 @@ public:
 	static void init_global_time(int no) { cur_ticks__[no] = 0; }
 
 	static float convert_time_units_to_sec(xylInt64 t) {
-		return static_cast<float>(t) * inv_xyl_time_scale__;
+		return static_cast<float>(t) * seconds_per_unit;
 	}
 	static int time_units_per_sec() { return time_scale__; }
 
@@ -91,6 +91,7 @@ public:
 	int timer_no;   // the clock this timer follows
 
 private:
+	static constexpr float seconds_per_unit = 1e-5f;
 	static constexpr xylInt64 mod_time_units = 1000000000; // 10,000 s
 
 	// The product in single precision, cut toward zero.

@@ -142,8 +142,8 @@ TEST_F(Base_timer_test, ElapsedTimeRunsOnFromTheStop) {
 	machine.counter += 100;
 	xylBase_timer::stop();
 	EXPECT_EQ(xylBase_timer::last_elapsed_time__, 1100);
-	machine.counter += 70;
-	EXPECT_EQ(xylBase_timer::get_elapsed_time(), 0.7);
+	machine.counter += 75;
+	EXPECT_EQ(xylBase_timer::get_elapsed_time(), 0.75);
 }
 
 TEST_F(Base_timer_test, StopWhileStoppedChangesNothing) {
