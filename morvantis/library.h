@@ -2,11 +2,15 @@
 // fails when one of a morvantis_headers() is missing.
 #pragma once
 
+#include <morvantis/core/xylbase_timer.h>
 #include <morvantis/core/xylexport.h>
 #include <morvantis/core/xylguid.h>
 #include <morvantis/core/xylguid_generator.h>
 #include <morvantis/core/xylmutex.h>
+#include <morvantis/core/xylrandom.h>
+#include <morvantis/core/xylrandom_generator.h>
 #include <morvantis/core/xylreport.h>
+#include <morvantis/core/xyltimer.h>
 #include <morvantis/core/xyltypes.h>
 #include <morvantis/core/zublibrary.h>
 #include <morvantis/core/zublibrary_interface.h>
@@ -16,6 +20,7 @@
 #include <morvantis/memory/xylcritical_section.h>
 #include <morvantis/memory/xylheap.h>
 #include <morvantis/memory/xylheap_allocator.h>
+#include <morvantis/memory/xylheap_allocator_link_list.h>
 #include <morvantis/memory/xylmap.h>
 #include <morvantis/memory/xylmemory_allocation_critical_section_holder.h>
 #include <morvantis/memory/xylmemory_allocator_base.h>

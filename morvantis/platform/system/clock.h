@@ -16,8 +16,8 @@ bool counter_frequency(xylInt64* frequency);
 // Milliseconds of a steadily running clock, which wraps around after 49.7 days.
 xylUInt32 milliseconds();
 
-// Asks for timers as fine as `milliseconds`, until end_timer_period() with the same number. A system
-// whose timers are always fine does nothing.
+// Asks for timers as fine as `milliseconds`, until end_timer_period() with the same number. A
+// system whose timers are always fine does nothing.
 void begin_timer_period(unsigned int milliseconds);
 void end_timer_period(unsigned int milliseconds);
 
