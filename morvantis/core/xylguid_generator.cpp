@@ -6,24 +6,14 @@
 #include <cstring>
 #include <stdexcept>
 
+#include <emmintrin.h>
+
 namespace {
 
 constexpr char invalid_guid_text[] = "*INVALID-GUID*";
 constexpr char invalid_character_text[] = "Invalid character in GUID";
 constexpr int full_length = 38; // with braces and dashes
 constexpr xylUInt8 no_digit = 0xFF;
-
-// The two upper-case digits of every byte. A table of pairs takes 5 ns for a GUID where the C
-// library's formatter takes 220.
-constexpr auto digit_pairs = [] {
-	constexpr char digits[] = "0123456789ABCDEF";
-	std::array<char, 512> pairs{};
-	for (size_t i = 0; i < 256; ++i) {
-		pairs[2 * i] = digits[i >> 4];
-		pairs[2 * i + 1] = digits[i & 15];
-	}
-	return pairs;
-}();
 
 // The value of every byte that is a digit of either case, `no_digit` for the rest.
 constexpr auto digit_values = [] {
@@ -36,31 +26,57 @@ constexpr auto digit_values = [] {
 	return values;
 }();
 
-inline char* write_byte(char* at, unsigned int byte) {
-	std::memcpy(at, &digit_pairs[2 * (byte & 0xFF)], 2);
-	return at + 2;
+// The ASCII characters of sixteen values from 0 to 15, in upper case.
+inline __m128i digits_of(__m128i values) {
+	const __m128i above_nine = _mm_cmpgt_epi8(values, _mm_set1_epi8(9));
+	const __m128i gap = _mm_and_si128(above_nine, _mm_set1_epi8('A' - '9' - 1));
+	return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), gap);
 }
 
-inline char* write_word(char* at, unsigned int word) {
-	return write_byte(write_byte(at, word >> 8), word);
+// Eight bytes in the other order; compilers know the pattern for one instruction.
+inline xylUInt64 reversed(xylUInt64 value) {
+	value = (value & 0x00FF00FF00FF00FF) << 8 | (value >> 8 & 0x00FF00FF00FF00FF);
+	value = (value & 0x0000FFFF0000FFFF) << 16 | (value >> 16 & 0x0000FFFF0000FFFF);
+	return value << 32 | value >> 32;
 }
 
-inline char* write_dash(char* at, bool dashes) {
-	*at = '-';
-	return at + dashes;
+inline void store_four(char* at, __m128i characters) {
+	const int four = _mm_cvtsi128_si32(characters);
+	std::memcpy(at, &four, 4);
 }
 
-// Writes at most 38 characters and returns how many.
+// Writes one of the four forms and returns its length. `text` has 48 bytes: what is stored may
+// overlap what follows.
+//
+// All 32 digits are made at once in two registers, which leaves little more to do than to store
+// them. A table with the two digits of every byte took twice the time.
 int write_guid(const xylGuid_type& guid, char* text, bool braces, bool dashes) {
+	xylUInt64 back;
+	std::memcpy(&back, guid.data4, sizeof(back));
+	const xylUInt64 front =
+		reversed(xylUInt64{guid.data1} << 32 | xylUInt64{guid.data2} << 16 | guid.data3);
+	const __m128i bytes = _mm_set_epi64x(static_cast<xylInt64>(back), static_cast<xylInt64>(front));
+	const __m128i mask = _mm_set1_epi8(15);
+	const __m128i high = _mm_and_si128(_mm_srli_epi16(bytes, 4), mask);
+	const __m128i low = _mm_and_si128(bytes, mask);
+	const __m128i first = digits_of(_mm_unpacklo_epi8(high, low));  // digits 0 to 15
+	const __m128i second = digits_of(_mm_unpackhi_epi8(high, low)); // digits 16 to 31
+
 	*text = '{';
 	char* at = text + braces;
-	at = write_word(write_word(at, guid.data1 >> 16), guid.data1);
-	at = write_word(write_dash(at, dashes), guid.data2);
-	at = write_word(write_dash(at, dashes), guid.data3);
-	at = write_dash(at, dashes);
-	for (int i = 0; i < 2; ++i) at = write_byte(at, guid.data4[i]);
-	at = write_dash(at, dashes);
-	for (int i = 2; i < 8; ++i) at = write_byte(at, guid.data4[i]);
+	if (dashes) {
+		_mm_storel_epi64(reinterpret_cast<__m128i*>(at), first);
+		store_four(at + 9, _mm_srli_si128(first, 8));
+		store_four(at + 14, _mm_srli_si128(first, 12));
+		store_four(at + 19, second);
+		_mm_storeu_si128(reinterpret_cast<__m128i*>(at + 24), _mm_srli_si128(second, 4));
+		at[8] = at[13] = at[18] = at[23] = '-';
+		at += 36;
+	} else {
+		_mm_storeu_si128(reinterpret_cast<__m128i*>(at), first);
+		_mm_storeu_si128(reinterpret_cast<__m128i*>(at + 16), second);
+		at += 32;
+	}
 	*at = '}';
 	return static_cast<int>(at + braces - text);
 }
@@ -120,7 +136,7 @@ bool xylGuid_generator::is_valid_guid(const xylString_base& text) {
 
 void xylGuid_generator::guid_to_string(xylGuid_type guid, xylString_base& target, bool braces,
                                        bool dashes) {
-	char text[40];
+	char text[48];
 	const int length = write_guid(guid, text, braces, dashes);
 	target.set(text, length);
 }
