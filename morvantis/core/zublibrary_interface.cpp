@@ -6,7 +6,9 @@ namespace {
 
 constexpr char not_implemented_text[] = "Not implemented: %s (%s:%d)\n";
 constexpr char handler_name[] = "zubLibrary_interface::unhandled_exception_handler";
-constexpr int handler_line = 8; // kept: the line that log tools know, wherever the body stands
+// kept: the place that log tools know, wherever the body stands and the build ran.
+constexpr char handler_file[] = "morvantis/core/zublibrary_interface.cpp";
+constexpr int handler_line = 8;
 
 } // namespace
 
@@ -16,7 +18,8 @@ int zubLibrary_interface::unhandled_exception_handler(void*) {
 	if (is_reported) return 0;
 	is_reported = true;
 	char text[512];
-	xyl_snprintf(text, sizeof(text), not_implemented_text, handler_name, __FILE__, handler_line);
+	xyl_snprintf(text, sizeof(text), not_implemented_text, handler_name, handler_file,
+	             handler_line);
 	xyl_output_debug_string(text);
 	return 0;
 }

@@ -1,19 +1,10 @@
 // One packet, packed bit by bit: its storage and its bit cursor.
 #pragma once
 
+#include <morvantis/core/xylexport.h> // MORVANTIS_API, MORVANTIS_FORCE_INLINE
 #include <morvantis/net/udp_packet_id.h>
 
 #include <cstring>
-
-// A field is a few instructions once its info is known, and no function call is worth that: too
-// many for a compiler to take in on its own, though, when a packet has many fields.
-#if defined(__GNUC__)
-#define MORVANTIS_FORCE_INLINE inline __attribute__((always_inline))
-#elif defined(_MSC_VER)
-#define MORVANTIS_FORCE_INLINE __forceinline
-#else
-#define MORVANTIS_FORCE_INLINE inline
-#endif
 
 class Read_bit_buffer;
 class Write_bit_buffer;
@@ -33,7 +24,8 @@ struct QoNetRawBuffer;
 // A packet of up to 1,408 bytes lives inside the object. A larger one moves to a block of the
 // library's heap, which the object owns. Positions are signed 32-bit numbers of bits.
 //
-// The transfers have their bodies here, so that a caller's compiler works with its own constants.
+// The transfers have their bodies here, so that a caller's compiler works with its own constants: a
+// field is a few instructions then, too many to take in unforced when a packet has many fields.
 //
 // Threads: none of this is synchronised. A buffer belongs to one thread at a time, also for
 // reading, since a read moves the cursor.
