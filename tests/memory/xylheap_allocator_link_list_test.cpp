@@ -108,7 +108,7 @@ void check_state(const Allocator& allocator, const std::map<std::uintptr_t, size
 class Heap_allocator_link_list_test : public testing::Test {
 protected:
 	~Heap_allocator_link_list_test() override {
-		allocator.~Allocator();
+		allocator.Allocator::~Allocator();
 		xyl_heap_free(&allocator);
 	}
 
@@ -151,7 +151,7 @@ TEST(xylHeap_allocator_link_list, ClearsItsTableWhateverTheMemoryHeld) {
 	for (const auto& entry : allocator->allocation_sizes_.entries_) {
 		ASSERT_EQ(entry.key.load(), nullptr);
 	}
-	allocator->~Allocator();
+	allocator->Allocator::~Allocator();
 	xyl_heap_free(memory);
 }
 
@@ -346,7 +346,7 @@ TEST_F(Heap_allocator_link_list_test, ADestroyedAllocatorLeavesItsChunksAlone) {
 	void* const memory = allocate(16);
 	allocator.deallocate_mem(memory, 16);
 	const auto* const record = allocator.free_list_;
-	allocator.~Allocator(); // the parent aborts on a release
+	allocator.Allocator::~Allocator(); // the parent aborts on a release
 	EXPECT_EQ(record->size, unit - 16);
 	new (&allocator) Allocator(&parent);
 }

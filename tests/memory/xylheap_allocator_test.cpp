@@ -172,8 +172,8 @@ TEST(xylMemory_allocator_globals, FurtherInitialisationReplacesBoth) {
 	EXPECT_NE(xylMemory_allocator_globals::page_allocator_, page_allocator);
 	EXPECT_NE(xylMemory_allocator_globals::heap_allocator_, heap_allocator);
 	// From the runtime's heap, and without a virtual destructor, as a host would end them.
-	xylMemory_allocator_globals::page_allocator_->~xylPage_allocator();
-	xylMemory_allocator_globals::heap_allocator_->~xylHeap_allocator();
+	xylMemory_allocator_globals::page_allocator_->xylPage_allocator::~xylPage_allocator();
+	xylMemory_allocator_globals::heap_allocator_->xylHeap_allocator::~xylHeap_allocator();
 	::operator delete(xylMemory_allocator_globals::page_allocator_);
 	::operator delete(xylMemory_allocator_globals::heap_allocator_);
 	xylMemory_allocator_globals::page_allocator_ = page_allocator;
