@@ -15,7 +15,8 @@ checks="googletest binutils python3 pkg-config"
 windows="g++-mingw-w64-x86-64-posix wine64"
 clang="clang-19 libclang-rt-19-dev lld-19 llvm-19"
 static_checks="clang-format-19 clang-tidy-19"
-peers="libbenchmark-dev libenet-dev libtbb-dev uuid-dev python3" # what the benchmarks compare with
+# what the benchmarks compare with
+peers="libbenchmark-dev libbullet-dev libeigen3-dev libenet-dev libglm-dev libtbb-dev uuid-dev python3"
 
 case $job in
   demo) packages="$build" ;;

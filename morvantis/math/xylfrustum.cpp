@@ -17,12 +17,13 @@ __m128 towards(const xylPlane& plane, __m128 point) {
 // Signed distances from the six planes.
 struct Distances {
 	Distances(const xylPlane* planes, __m128 point) {
-		__m128 products[plane_count];
-		for (int i = 0; i < plane_count; ++i) {
-			products[i] = _mm_mul_ps(towards(planes[i], point), planes[i].normal.lanes());
-		}
-		first_four = sums_of_four(products[0], products[1], products[2], products[3]);
-		last_two = sums_of_four(products[4], products[5], products[4], products[5]);
+		const auto products = [planes, point](int i) {
+			return _mm_mul_ps(towards(planes[i], point), planes[i].normal.lanes());
+		};
+		first_four = sums_of_four(products(0), products(1), products(2), products(3));
+		const __m128 p4 = products(4);
+		const __m128 p5 = products(5);
+		last_two = sums_of_four(p4, p5, p4, p5);
 	}
 
 	// Bit i: the distance from plane i is not at least `border`, which NaN never is.

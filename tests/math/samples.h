@@ -16,7 +16,8 @@ inline constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 inline constexpr float marker = std::numeric_limits<float>::max();
 inline constexpr int sample_count = 100000; // inputs of every differential test
 
-// splitmix64: the same numbers under every compiler and standard library.
+// splitmix64: the same numbers under every compiler and standard library. Several in one expression
+// stand in braces, where their order is fixed.
 class Samples {
 public:
 	explicit Samples(unsigned long long seed) : state_(seed) {}
@@ -92,7 +93,7 @@ public:
 	// Up to `reach` in each half extent, with the sphere around it; one in sixteen flat or a point.
 	xylBounding_box box(float place, float reach) {
 		const xylVec3 middle = point(place);
-		xylVec3 half(between(0, reach), between(0, reach), between(0, reach));
+		xylVec3 half = {between(0, reach), between(0, reach), between(0, reach)};
 		if (one_in(16)) half = one_in(2) ? xylVec3(0, 0, 0) : xylVec3(half.x, half.y, 0);
 		xylBounding_box box;
 		box.min = middle - half;
@@ -109,7 +110,7 @@ public:
 			return result;
 		}
 		xylVec3 tips[8];
-		const xylVec3 half(between(1, 10), between(1, 10), between(1, 10));
+		const xylVec3 half = {between(1, 10), between(1, 10), between(1, 10)};
 		xylBounding_box::get_transformed_tip_points(tips, -half, half, frame(5));
 		result.generate_from_bounding_box_points(tips);
 		if (one_in(2)) return result;

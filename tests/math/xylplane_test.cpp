@@ -21,7 +21,7 @@ TEST(xylPlane, ProjectionTakesTheWayOfTheNormalisedDirection) {
 TEST(xylPlane, ProjectionAgreesWithThePlainStepsAndDoubles) {
 	Samples samples(31);
 	for (int i = 0; i < sample_count; ++i) {
-		const xylPlane plane(samples.awkward(50), samples.unit());
+		const xylPlane plane{samples.awkward(50), samples.unit()};
 		const xylVec3 p = samples.one_in(16) ? plane.point : samples.awkward(50);
 		const xylVec3 projected = plane.project_point(p);
 		ASSERT_TRUE(

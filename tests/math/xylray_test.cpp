@@ -652,7 +652,7 @@ TEST(xylRay, AnswersLikeDoublesAwayFromBoundaries) {
 	const Jitter still(samples, 0);
 	int settled[6] = {};
 	for (int i = 0; i < sample_count; ++i) {
-		const xylRay ray(samples.point(20), samples.point(1), samples.between(5, 50), false);
+		const xylRay ray{samples.point(20), samples.point(1), samples.between(5, 50), false};
 		const auto d = to_plain<double>(ray);
 		const auto moved = [&](const Jitter& j) {
 			return plain::Ray<double>{j(d.origin), d.direction, j(d.max)};
@@ -670,8 +670,8 @@ TEST(xylRay, AnswersLikeDoublesAwayFromBoundaries) {
 			Vec_d ignored;
 			return plain::hit_sphere(moved(j), j(dc), j(radius), ignored);
 		});
-		const xylVec3 half(samples.between(0.5f, 4), samples.between(0.5f, 4),
-		                   samples.between(0.5f, 4));
+		const xylVec3 half = {samples.between(0.5f, 4), samples.between(0.5f, 4),
+		                   samples.between(0.5f, 4)};
 		check(1, ray.intersect_ray_bounding_box(c - half, c + half, nullptr, nullptr, false),
 		      [&](const Jitter& j) {
 				  double near, far;
@@ -714,7 +714,7 @@ TEST(xylRay, PointsAreWhereDoublesPutThem) {
 	Samples samples(84);
 	int compared[3] = {};
 	for (int i = 0; i < sample_count; ++i) {
-		const xylRay ray(samples.point(10), samples.unit(), 100.0f, true);
+		const xylRay ray{samples.point(10), samples.unit(), 100.0f, true};
 		const auto d = to_plain<double>(ray);
 		const xylVec3 c = ray.origin + ray.direction * samples.between(5, 20) + samples.point(1);
 		const float radius = samples.between(2, 4); // the ray passes well inside
