@@ -120,9 +120,17 @@ struct Glm_plane {
 	}
 	return result;
 }
+struct Sphere {
+	xylVec3 center;
+	float radius;
+};
+struct Plain_sphere {
+	plain::Vec<float> center;
+	float radius;
+};
 [[gnu::noinline]] int check_plain_sphere(const plain::Frustum<float>& frustum,
-                                         const plain::Cache<float>& cache) {
-	return plain::check_sphere(frustum, cache.center, cache.radius);
+                                         const plain::Vec<float>& center, float radius) {
+	return plain::check_sphere(frustum, center, radius);
 }
 
 void caches_ours(benchmark::State& state, bool straddling) {
@@ -159,13 +167,17 @@ BENCHMARK_CAPTURE(caches_glm, s, true)->Name("check_bounds_cache_straddling/glm"
 
 void sphere_ours(benchmark::State& state) {
 	const xylFrustum frustum = camera();
-	cull(state, scene(false),
-	     [&](const auto& cache) { return frustum.check_sphere(cache.center, cache.radius); });
+	std::vector<Sphere> spheres;
+	for (const auto& cache : scene(false)) spheres.push_back({cache.center, cache.radius});
+	cull(state, spheres, [&](const Sphere& s) { return frustum.check_sphere(s.center, s.radius); });
 }
 void sphere_plain(benchmark::State& state) {
 	const auto frustum = plain_camera();
-	cull(state, plain_scene(false),
-	     [&](const auto& cache) { return check_plain_sphere(frustum, cache); });
+	std::vector<Plain_sphere> spheres;
+	for (const auto& cache : scene(false))
+		spheres.push_back({to_plain(cache.center), cache.radius});
+	cull(state, spheres,
+	     [&](const Plain_sphere& s) { return check_plain_sphere(frustum, s.center, s.radius); });
 }
 BENCHMARK(sphere_ours)->Name("check_sphere/ours");
 BENCHMARK(sphere_plain)->Name("check_sphere/plain");

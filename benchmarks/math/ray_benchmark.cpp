@@ -18,16 +18,17 @@ glm::vec3 to_glm(const xylVec3& v) { return {v.x, v.y, v.z}; }
 
 struct Shot {
 	xylRay ray;
-	xylVec3 a, b, c; // a triangle; a box from its middle `a` and half extent `b`
+	xylVec3 a, b, c;  // a triangle
+	xylVec3 min, max; // a box
 	float radius;
 };
 struct Plain_shot {
 	plain::Ray<float> ray;
-	plain::Vec<float> a, b, c;
+	plain::Vec<float> a, b, c, min, max;
 	float radius;
 };
 struct Glm_shot {
-	glm::vec3 origin, direction, a, b, c;
+	glm::vec3 origin, direction, a, b, c, min, max;
 	float radius;
 };
 
@@ -37,14 +38,17 @@ std::vector<Shot> shots() {
 		const xylVec3 origin = inputs.point(20);
 		const xylVec3 middle = inputs.point(5);
 		const xylRay ray(origin, middle - origin + inputs.point(4), false);
-		return Shot{ray, middle + inputs.point(4), middle + inputs.point(4),
-		            middle + inputs.point(4), 3};
+		const xylVec3 half(3, 3, 3);
+		const xylVec3 a = middle + inputs.point(4);
+		return Shot{ray,      a, middle + inputs.point(4), middle + inputs.point(4), a - half,
+		            a + half, 3};
 	});
 }
 std::vector<Plain_shot> plain_shots() {
 	std::vector<Plain_shot> result;
 	for (const Shot& s : shots()) {
-		result.push_back({to_plain(s.ray), to_plain(s.a), to_plain(s.b), to_plain(s.c), s.radius});
+		result.push_back({to_plain(s.ray), to_plain(s.a), to_plain(s.b), to_plain(s.c),
+		                  to_plain(s.min), to_plain(s.max), s.radius});
 	}
 	return result;
 }
@@ -52,7 +56,7 @@ std::vector<Glm_shot> glm_shots() {
 	std::vector<Glm_shot> result;
 	for (const Shot& s : shots()) {
 		result.push_back({to_glm(s.ray.origin), to_glm(s.ray.direction), to_glm(s.a), to_glm(s.b),
-		                  to_glm(s.c), s.radius});
+		                  to_glm(s.c), to_glm(s.min), to_glm(s.max), s.radius});
 	}
 	return result;
 }
@@ -68,10 +72,8 @@ void shoot(benchmark::State& state, const std::vector<In>& in, Call call) {
 }
 
 void box_ours(benchmark::State& state) {
-	const xylVec3 half(3, 3, 3);
-	shoot(state, shots(), [&](const Shot& s) {
-		return s.ray.intersects_with_bounding_box_simple(s.a - half, s.a + half);
-	});
+	shoot(state, shots(),
+	      [&](const Shot& s) { return s.ray.intersects_with_bounding_box_simple(s.min, s.max); });
 }
 [[gnu::noinline]] bool plain_box(const plain::Ray<float>& ray, plain::Vec<float> min,
                                  plain::Vec<float> max) {
@@ -79,9 +81,8 @@ void box_ours(benchmark::State& state) {
 	return plain::slabs(ray, min, max, near, far);
 }
 void box_plain(benchmark::State& state) {
-	const plain::Vec<float> half = {3, 3, 3};
 	shoot(state, plain_shots(),
-	      [&](const Plain_shot& s) { return plain_box(s.ray, s.a - half, s.a + half); });
+	      [&](const Plain_shot& s) { return plain_box(s.ray, s.min, s.max); });
 }
 [[gnu::noinline]] bool glm_box(const Glm_shot& s, const glm::vec3& min, const glm::vec3& max) {
 	const glm::vec3 inverse = 1.0f / s.direction;
@@ -94,9 +95,7 @@ void box_plain(benchmark::State& state) {
 	return far >= 0 && near <= far;
 }
 void box_glm(benchmark::State& state) {
-	const glm::vec3 half(3);
-	shoot(state, glm_shots(),
-	      [&](const Glm_shot& s) { return glm_box(s, s.a - half, s.a + half); });
+	shoot(state, glm_shots(), [&](const Glm_shot& s) { return glm_box(s, s.min, s.max); });
 }
 BENCHMARK(box_ours)->Name("ray_against_box/ours");
 BENCHMARK(box_plain)->Name("ray_against_box/plain");

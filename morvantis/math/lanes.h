@@ -71,11 +71,17 @@ inline __m128 approximate_inverse_root(__m128 l) {
 	return _mm_mul_ss(_mm_mul_ss(_mm_set_ss(0.5f), r), rest);
 }
 
-// `v` scaled to unit length as xylVec3::fast_normalize() does; the fourth lane means nothing.
+// The first lane in the first three, and 1 in the fourth: as a factor it keeps the fourth lane.
+inline __m128 as_scale(__m128 v) {
+	const __m128 k_1 = _mm_unpacklo_ps(v, _mm_set1_ps(1));
+	return _mm_shuffle_ps(k_1, k_1, _MM_SHUFFLE(1, 0, 0, 0));
+}
+
+// `v` scaled to unit length as xylVec3::fast_normalize() does, with the fourth lane of `v`.
 // A length that is not a number spreads to all lanes: the maximum takes its second argument then.
 inline __m128 fast_normalized(__m128 v) {
 	const __m128 l = _mm_max_ss(_mm_set_ss(min_normal), dot(v, v));
-	return _mm_mul_ps(v, splat<0>(approximate_inverse_root(l)));
+	return _mm_mul_ps(v, as_scale(approximate_inverse_root(l)));
 }
 
 } // namespace xyl_lanes
