@@ -671,7 +671,7 @@ TEST(xylRay, AnswersLikeDoublesAwayFromBoundaries) {
 			return plain::hit_sphere(moved(j), j(dc), j(radius), ignored);
 		});
 		const xylVec3 half = {samples.between(0.5f, 4), samples.between(0.5f, 4),
-		                   samples.between(0.5f, 4)};
+		                      samples.between(0.5f, 4)};
 		check(1, ray.intersect_ray_bounding_box(c - half, c + half, nullptr, nullptr, false),
 		      [&](const Jitter& j) {
 				  double near, far;
