@@ -14,43 +14,54 @@ __m128 towards(const xylPlane& plane, __m128 point) {
 	return _mm_sub_ps(point, plane.point.lanes());
 }
 
-// Signed distances from the six planes.
+// Signed distances from planes 0 to 3, or twice those from planes 4 and 5.
 struct Distances {
-	Distances(const xylPlane* planes, __m128 point) {
-		const auto products = [planes, point](int i) {
-			return _mm_mul_ps(towards(planes[i], point), planes[i].normal.lanes());
-		};
-		first_four = sums_of_four(products(0), products(1), products(2), products(3));
-		const __m128 p4 = products(4);
-		const __m128 p5 = products(5);
-		last_two = sums_of_four(p4, p5, p4, p5);
+	static Distances from_first_four(const xylPlane* planes, __m128 point) {
+		return {sums_of_four(product(planes[0], point), product(planes[1], point),
+		                     product(planes[2], point), product(planes[3], point))};
+	}
+	static Distances from_last_two(const xylPlane* planes, __m128 point) {
+		const __m128 p4 = product(planes[4], point);
+		const __m128 p5 = product(planes[5], point);
+		return {sums_of_four(p4, p5, p4, p5)};
 	}
 
-	// Bit i: the distance from plane i is not at least `border`, which NaN never is.
-	int below(float border) const {
-		const __m128 b = _mm_set1_ps(border);
-		return _mm_movemask_ps(_mm_cmpnge_ps(first_four, b)) |
-		       (_mm_movemask_ps(_mm_cmpnge_ps(last_two, b)) & 3) << 4;
-	}
-	// Bit i: the distance from plane i is less than `border`.
-	int less_than(float border) const {
-		const __m128 b = _mm_set1_ps(border);
-		return _mm_movemask_ps(_mm_cmplt_ps(first_four, b)) |
-		       (_mm_movemask_ps(_mm_cmplt_ps(last_two, b)) & 3) << 4;
-	}
-	// Bit i: the distance is negative (or NaN), and its square is greater than `border`.
-	int outside_by_square(float border) const {
-		const __m128 b = _mm_set1_ps(border);
-		const auto outside = [b](__m128 d) {
-			return _mm_movemask_ps(
-				_mm_and_ps(_mm_cmpnge_ps(d, _mm_setzero_ps()), _mm_cmpgt_ps(_mm_mul_ps(d, d), b)));
-		};
-		return outside(first_four) | (outside(last_two) & 3) << 4;
+	// Bit i: lane i is not at least `border`, which NaN never is.
+	int below(__m128 border) const { return _mm_movemask_ps(_mm_cmpnge_ps(lanes, border)); }
+	// Bit i: lane i is less than `border`.
+	int less_than(__m128 border) const { return _mm_movemask_ps(_mm_cmplt_ps(lanes, border)); }
+	// Whether one is negative (or NaN) and its square greater than `border`.
+	bool any_outside_by_square(__m128 border) const {
+		return _mm_movemask_ps(_mm_and_ps(_mm_cmpnge_ps(lanes, _mm_setzero_ps()),
+		                                  _mm_cmpgt_ps(_mm_mul_ps(lanes, lanes), border))) != 0;
 	}
 
-	__m128 first_four; // planes 0 to 3
-	__m128 last_two;   // planes 4 and 5, twice
+	__m128 lanes;
+
+private:
+	static __m128 product(const xylPlane& plane, __m128 point) {
+		return _mm_mul_ps(towards(plane, point), plane.normal.lanes());
+	}
 };
+
+constexpr int is_outside = -1;
+
+// The sphere phase: is_outside, or a bit for each plane that the sphere straddles. Most of a scene
+// is outside of one of the first four planes.
+inline int straddled_planes(const xylPlane* planes, __m128 center, float radius) {
+	const __m128 wide = _mm_set1_ps(radius);
+	const Distances four = Distances::from_first_four(planes, center);
+	const Distances two = Distances::from_last_two(planes, center);
+	if (four.below(negative(wide)) | two.below(negative(wide))) return is_outside;
+	return four.less_than(wide) | (two.less_than(wide) & 3) << 4;
+}
+
+// Whether the point is farther outside of some plane than the root of `squared`.
+bool is_outside_by_square(const xylPlane* planes, const xylVec3& point, float squared) {
+	const __m128 border = _mm_set1_ps(squared);
+	return Distances::from_first_four(planes, point.lanes()).any_outside_by_square(border) ||
+	       Distances::from_last_two(planes, point.lanes()).any_outside_by_square(border);
+}
 
 // Four points with their components side by side.
 struct Four_points {
@@ -224,9 +235,9 @@ xylFrustum_check_result xylFrustum::check_bounding_box(const xylBounding_box& bo
 	const __m128 axes = _mm_add_ps(_mm_add_ps(frame.s.lanes(), frame.f.lanes()), frame.u.lanes());
 	const __m128 reach = absolute(_mm_mul_ps(axes, _mm_set1_ps(box.radius)));
 	const float radius = first(_mm_max_ss(_mm_max_ss(reach, splat<1>(reach)), splat<2>(reach)));
-	const Distances distances(planes_, frame.transform_point(box.center).lanes());
-	if (distances.below(-radius)) return frustum_outside;
-	const int straddled = distances.less_than(radius);
+	const int straddled =
+		straddled_planes(planes_, frame.transform_point(box.center).lanes(), radius);
+	if (straddled == is_outside) return frustum_outside;
 	if (!straddled) return frustum_inside;
 	xylVec3 corners[8];
 	box.get_transformed_tip_points(corners, frame);
@@ -235,9 +246,8 @@ xylFrustum_check_result xylFrustum::check_bounding_box(const xylBounding_box& bo
 
 xylFrustum_check_result
 xylFrustum::check_bounding_box_identity_frame(const xylBounding_box& box) const {
-	const Distances distances(planes_, box.center.lanes());
-	if (distances.below(-box.radius)) return frustum_outside;
-	const int straddled = distances.less_than(box.radius);
+	const int straddled = straddled_planes(planes_, box.center.lanes(), box.radius);
+	if (straddled == is_outside) return frustum_outside;
 	if (!straddled) return frustum_inside;
 	xylVec3 corners[8] = {};
 	box.get_tip_points(corners);
@@ -245,27 +255,30 @@ xylFrustum::check_bounding_box_identity_frame(const xylBounding_box& box) const 
 }
 
 xylFrustum_check_result xylFrustum::check_bounds_cache(const xylObject_bounds_cache& cache) const {
-	const Distances distances(planes_, cache.center.lanes());
-	if (distances.below(-cache.radius)) return frustum_outside;
-	const int straddled = distances.less_than(cache.radius);
+	const int straddled = straddled_planes(planes_, cache.center.lanes(), cache.radius);
+	if (straddled == is_outside) return frustum_outside;
 	if (!straddled) return frustum_inside;
 	return check_corners(planes_, straddled, cache.tips);
 }
 
 xylFrustum_check_result xylFrustum::check_sphere(const xylVec3& center, float radius) const {
-	const Distances distances(planes_, center.lanes());
-	const int outside = distances.below(-radius);
-	// A negative radius can make a plane that the sphere is outside of and does not straddle.
-	const int decided = distances.below(radius) | outside;
-	if (!decided) return frustum_inside;
-	const int lowest = decided & -decided;
-	return outside & lowest ? frustum_outside : frustum_intersects;
+	const __m128 wide = _mm_set1_ps(radius);
+	// The first plane that the sphere is not fully inside of decides. A negative radius can make
+	// one that it is outside of and does not straddle.
+	const auto verdict = [wide](const Distances& distances) {
+		const int outside = distances.below(negative(wide));
+		const int decided = distances.below(wide) | outside;
+		if (!decided) return frustum_inside;
+		return outside & decided & -decided ? frustum_outside : frustum_intersects;
+	};
+	const auto first = verdict(Distances::from_first_four(planes_, center.lanes()));
+	if (first != frustum_inside) return first;
+	return verdict(Distances::from_last_two(planes_, center.lanes()));
 }
 
 xylFrustum_check_result xylFrustum::check_quad(const xylVec3* points) const {
 	const Quad_sphere sphere(points);
-	const Distances distances(planes_, sphere.center.lanes());
-	if (distances.outside_by_square(sphere.radius_squared)) return frustum_outside;
+	if (is_outside_by_square(planes_, sphere.center, sphere.radius_squared)) return frustum_outside;
 	xylFrustum_check_result result = frustum_inside;
 	for (const xylPlane& plane : planes_) {
 		const int inner = inner_corners_one_by_one(plane, points, 4);
@@ -276,16 +289,14 @@ xylFrustum_check_result xylFrustum::check_quad(const xylVec3* points) const {
 }
 
 bool xylFrustum::encloses_bounding_box(const xylObject_bounds_cache& cache) const {
-	const Distances distances(planes_, cache.center.lanes());
-	if (distances.below(-cache.radius)) return false;
-	const int straddled = distances.less_than(cache.radius);
+	const int straddled = straddled_planes(planes_, cache.center.lanes(), cache.radius);
+	if (straddled == is_outside) return false;
 	return !straddled || all_have_inner_corner(planes_, straddled, cache.tips);
 }
 
 bool xylFrustum::encloses_bounding_box_identity_frame(const xylBounding_box& box) const {
-	const Distances distances(planes_, box.center.lanes());
-	if (distances.below(-box.radius)) return false;
-	const int straddled = distances.less_than(box.radius);
+	const int straddled = straddled_planes(planes_, box.center.lanes(), box.radius);
+	if (straddled == is_outside) return false;
 	if (!straddled) return true;
 	xylVec3 corners[8] = {};
 	box.get_tip_points(corners);
@@ -294,8 +305,7 @@ bool xylFrustum::encloses_bounding_box_identity_frame(const xylBounding_box& box
 
 bool xylFrustum::encloses_quad(const xylVec3* points) const {
 	const Quad_sphere sphere(points);
-	const Distances distances(planes_, sphere.center.lanes());
-	if (distances.outside_by_square(sphere.radius_squared)) return false;
+	if (is_outside_by_square(planes_, sphere.center, sphere.radius_squared)) return false;
 	for (const xylPlane& plane : planes_) {
 		if (inner_corners_one_by_one(plane, points, 4) == 0) return false;
 	}
@@ -304,8 +314,7 @@ bool xylFrustum::encloses_quad(const xylVec3* points) const {
 
 bool xylFrustum::encloses_check_global_bounds(const xylVec3& min, const xylVec3& max) const {
 	const xylVec3 center = (min + max) * 0.5f;
-	const Distances distances(planes_, center.lanes());
-	return distances.outside_by_square((max - min).length_squared()) == 0;
+	return !is_outside_by_square(planes_, center, (max - min).length_squared());
 }
 
 bool xylFrustum::get_global_frustum_near_plane_points(xylVec3* out) const {
