@@ -70,7 +70,28 @@ std::vector<plain::Cache<float>> plain_scene(bool straddling) {
 	return result;
 }
 
-// The two phases as a user of glm would write them: decisions as ours but for rounding.
+// The scalar steps of the two phases, corners only against planes that the sphere straddles.
+template <typename Plane, typename Cache, typename Distance, typename Is_inner>
+int check_in_two_phases(const Plane* planes, const Cache& cache, Distance distance,
+                        Is_inner is_inner) {
+	unsigned marked = 0;
+	for (int i = 0; i < 6; ++i) {
+		const float d = distance(planes[i], cache.center);
+		if (!(d >= -cache.radius)) return 0;
+		if (d < cache.radius) marked |= 1u << i;
+	}
+	int result = 1;
+	for (int i = 0; i < 6; ++i) {
+		if (!(marked >> i & 1)) continue;
+		int inner = 0;
+		for (const auto& tip : cache.tips) inner += is_inner(planes[i], tip);
+		if (inner == 0) return 0;
+		if (inner != 8) result = 2;
+	}
+	return result;
+}
+
+// As a user of glm would write it: decisions as ours but for rounding.
 struct Glm_cache {
 	glm::vec3 center, tips[8];
 	float radius;
@@ -79,46 +100,22 @@ struct Glm_plane {
 	glm::vec3 point, normal;
 };
 [[gnu::noinline]] int check_glm(const Glm_plane* planes, const Glm_cache& cache) {
-	unsigned marked = 0;
-	for (int i = 0; i < 6; ++i) {
-		const float d = glm::dot(cache.center - planes[i].point, planes[i].normal);
-		if (!(d >= -cache.radius)) return 0;
-		if (d < cache.radius) marked |= 1u << i;
-	}
-	int result = 1;
-	for (int i = 0; i < 6; ++i) {
-		if (!(marked >> i & 1)) continue;
-		int inner = 0;
-		for (const glm::vec3& tip : cache.tips) {
-			inner += glm::dot(tip - planes[i].point, planes[i].normal) >= 0;
-		}
-		if (inner == 0) return 0;
-		if (inner != 8) result = 2;
-	}
-	return result;
+	const auto distance = [](const Glm_plane& plane, const glm::vec3& p) {
+		return glm::dot(p - plane.point, plane.normal);
+	};
+	return check_in_two_phases(
+		planes, cache, distance,
+		[&](const Glm_plane& plane, const glm::vec3& tip) { return distance(plane, tip) >= 0; });
 }
 
-// The scalar steps as the library has them, the second phase only for marked planes.
+// The library's own steps.
 [[gnu::noinline]] int check_plain(const plain::Frustum<float>& frustum,
                                   const plain::Cache<float>& cache) {
-	unsigned marked = 0;
-	for (int i = 0; i < 6; ++i) {
-		const float d = plain::distance(frustum.planes[i], cache.center);
-		if (!(d >= -cache.radius)) return 0;
-		if (d < cache.radius) marked |= 1u << i;
-	}
-	int result = 1;
-	for (int i = 0; i < 6; ++i) {
-		if (!(marked >> i & 1)) continue;
-		int inner = 0;
-		for (const auto& tip : cache.tips) {
-			const auto way = plain::fast_normalized(tip - frustum.planes[i].point);
-			inner += plain::dot(way, frustum.planes[i].normal) >= 0;
-		}
-		if (inner == 0) return 0;
-		if (inner != 8) result = 2;
-	}
-	return result;
+	return check_in_two_phases(frustum.planes, cache, plain::distance<float>,
+	                           [](const plain::Plane<float>& plane, plain::Vec<float> tip) {
+								   const auto way = plain::fast_normalized(tip - plane.point);
+								   return plain::dot(way, plane.normal) >= 0;
+							   });
 }
 struct Sphere {
 	xylVec3 center;

@@ -126,8 +126,8 @@ inline xylMat3 xylQuaternion::to_mat3() const {
 //   - m11 + m22 m22 <  0, m00 > m11:    (t, m10 + m01, m20 + m02, m12 - m21),                t = 1
 //   + m00 - m11 - m22 m22 <  0 otherwise:     (m10 + m01, t, m21 + m12, m20 - m02), t = 1 - m00 +
 //   m11 - m22
-// each times 0.5/sqrt(t). All seven candidates are made and the case picks by table: a rotation
-// from anywhere mispredicts the branches, which costs more than the root.
+// each times 0.5/sqrt(t). All seven candidates are
+// made and the case picks by table, so that no branch depends on the rotation.
 inline void xylQuaternion::quaternion_from_mat3(xylQuaternion& out, const xylMat3& m) {
 	enum { m12_less_m21, m20_less_m02, m01_less_m10, t, m21_and_m12, m20_and_m02, m10_and_m01 };
 	struct Case {
