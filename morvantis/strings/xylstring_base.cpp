@@ -52,8 +52,9 @@ void xylString_base::recalculate_length() { length_ = static_cast<int>(std::strl
 
 bool xylString_base::operator==(const char* other) const {
 	const size_t length = std::strlen(other);
+	if (size_of(length_) != length) return false;
 	// The terminator takes part: the length may have been cut in front of it.
-	return size_of(length_) == length && std::memcmp(char_p(), other, length + 1) == 0;
+	return length == 0 || std::memcmp(text_, other, length + 1) == 0;
 }
 
 bool xylString_base::operator<(const xylString_base& other) const {

@@ -114,6 +114,19 @@ TEST(xylString_base, EmptyStringsAreEqualWithAndWithoutStorage) {
 	EXPECT_TRUE(none.same_as("", false));
 	EXPECT_FALSE(none < stored);
 	EXPECT_TRUE(none >= stored);
+	// What an emptied one still has in its storage doesn't count.
+	xylVarString blank("  ");
+	blank.trim();
+	ASSERT_EQ(blank.length(), 0);
+	ASSERT_STREQ(blank.char_p(), "  ");
+	EXPECT_TRUE(blank == "");
+	EXPECT_FALSE(blank != "");
+	EXPECT_FALSE(blank == "  ");
+	EXPECT_TRUE(blank == none);
+	EXPECT_TRUE(blank.same_as("", true));
+	EXPECT_TRUE(blank.same_as("", false));
+	EXPECT_TRUE(blank <= none);
+	EXPECT_FALSE(none < blank);
 }
 
 TEST(xylString_base, EqualityLooksAtLengthsFirstAndThenToTheTerminator) {
