@@ -3,8 +3,8 @@
 #include <morvantis/net/dynamic_bit_buffer.h>
 
 #include "socket_support.h"
+#include "virtual_order.h"
 
-#include <cstddef>
 #include <cstring>
 #include <new>
 #include <set>
@@ -19,14 +19,6 @@ namespace {
 using Udp_socket_test = Loopback_test;
 
 constexpr int largest_datagram = 65507; // 65,535 less the headers of IP (20) and UDP (8)
-
-// Which virtual operation of its class `operation` is, counted from 0. The compilers of both
-// systems keep a virtual operation as one more than its distance in the table.
-template <typename Operation> std::ptrdiff_t virtual_number(Operation operation) {
-	std::ptrdiff_t distance = 0;
-	std::memcpy(&distance, &operation, sizeof(distance));
-	return (distance - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
 
 // How often the destructor ran, told apart from what the class does in it.
 struct Counted_socket : QoNet_udp_socket {
@@ -62,16 +54,16 @@ TEST_F(Udp_socket_test, OptionsAreNumberedFromOne) {
 }
 
 TEST_F(Udp_socket_test, VirtualOperationsKeepTheirOrder) {
-	const std::ptrdiff_t numbers[] = {
-		virtual_number(&UDP_socket::reset),
-		virtual_number(&UDP_socket::bind_socket),
-		virtual_number(&UDP_socket::set_socket_option),
-		virtual_number(&UDP_socket::close_socket),
-		virtual_number(&UDP_socket::send),
-		virtual_number(&UDP_socket::receive),
-		virtual_number(&UDP_socket::is_active),
+	const size_t numbers[] = {
+		virtual_index(&UDP_socket::reset),
+		virtual_index(&UDP_socket::bind_socket),
+		virtual_index(&UDP_socket::set_socket_option),
+		virtual_index(&UDP_socket::close_socket),
+		virtual_index(&UDP_socket::send),
+		virtual_index(&UDP_socket::receive),
+		virtual_index(&UDP_socket::is_active),
 	};
-	for (std::ptrdiff_t i = 0; i < 7; ++i) EXPECT_EQ(numbers[i], i);
+	for (size_t i = 0; i < 7; ++i) EXPECT_EQ(numbers[i], i);
 }
 
 TEST_F(Udp_socket_test, BeginsInactive) {

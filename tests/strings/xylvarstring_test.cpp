@@ -7,6 +7,7 @@
 #include <morvantis/strings/xylconststring.h>
 
 #include "string_text.h"
+#include "virtual_order.h"
 
 #include <gtest/gtest.h>
 
@@ -240,6 +241,33 @@ TEST(xylVarString, SetContentAndShrinkingCallTheVirtualAssignment) {
 	EXPECT_EQ(text.assignments, 2);
 	static_cast<xylVarString&>(text) = static_cast<const xylString_base&>(xylConstString<16>("x"));
 	EXPECT_EQ(text.assignments, 3);
+}
+
+// The destructor stands in front of them, with two entries.
+TEST(xylVarString, VirtualOperationsKeepTheirOrder) {
+	using Base = xylString_base;
+	using Bytes_assignment = void (Base::*)(const unsigned char*);
+	using Text_assignment = void (Base::*)(const char*);
+	EXPECT_EQ(virtual_index(static_cast<Bytes_assignment>(&Base::operator=)), 2u);
+	EXPECT_EQ(virtual_index(static_cast<Text_assignment>(&Base::operator=)), 3u);
+	EXPECT_EQ(virtual_index(&Base::set), 4u);
+	EXPECT_EQ(virtual_index(&Base::replace), 5u);
+	using Text_replace = bool (xylVarString::*)(const char*, const char*);
+	EXPECT_EQ(virtual_index(static_cast<Text_replace>(&xylVarString::replace)), 5u);
+	EXPECT_EQ(virtual_index(&xylVarString::set_content), 6u);
+}
+
+TEST(xylVarString, IsCalledThroughTheBase) {
+	xylVarString text;
+	xylString_base& base = text;
+	base = "abc";
+	EXPECT_EQ(text_of(text), "abc");
+	base.set("defg", 2);
+	EXPECT_EQ(text_of(text), "de");
+	EXPECT_TRUE(base.replace("e", "fgh"));
+	EXPECT_EQ(text_of(text), "dfgh");
+	base = xylConstString<16>("base");
+	EXPECT_EQ(text_of(text), "base");
 }
 
 TEST(xylVarString, SwapsAllFields) {
