@@ -34,8 +34,8 @@ public:
 	//
 	// kept: what follows the match is counted with the length of `replacement` and not with its
 	// own. Unless the two agree, the result is cut ("xabyz", ab by c: "xcy") or its length is too
-	// large
-	// ("xaby", ab by cde: "xcdey" with length 7, and what stands behind the "y" is not specified).
+	// large ("xaby", ab by cde: "xcdey" with length 7, and what stands behind the "y" is not
+	// specified).
 	// xylVarString::replace() has no such effect.
 	bool replace(const char* search, const char* replacement) override;
 

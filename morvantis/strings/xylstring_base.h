@@ -173,3 +173,4 @@ protected:
 	char* text_ = nullptr; // the characters; null: no storage yet
 	int length_ = 0;       // number of characters
 };
+static_assert(sizeof(xylString_base) == 24);

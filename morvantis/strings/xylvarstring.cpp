@@ -297,3 +297,7 @@ size_t xylVarStringHashFunction::operator()(const xylVarString& text) const {
 	}
 	return hash;
 }
+
+bool xylVarStringSetEqual::operator()(const xylVarString& a, const xylVarString& b) const {
+	return a == b;
+}

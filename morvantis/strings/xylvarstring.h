@@ -184,7 +184,7 @@ public:
 	// Reads the next token, without allocation. A token in double quotes may hold separators.
 	//
 	// `token`  room for 8192 bytes; terminated, and empty at the end of the text, which an empty
-	//          quoted token can't be told from
+	//          quoted token can't be told from; what stands behind the terminator means nothing
 	// `size`   its length, at most 8192
 	//
 	// kept: a token of 8192 bytes or more ends there, and its last byte gives way to the terminator
@@ -289,6 +289,7 @@ private:
 	};
 	// Moves the cursor over the next token, of which at most `limit` bytes are taken.
 	Token_range take_token(int limit);
+	void copy_token(char* target, Token_range range) const;
 	xylVarString without_capped_parts(bool stop_at_image) const;
 	// Removes all else up to the terminator.
 	void keep_only(bool (*wanted)(char));
@@ -303,6 +304,7 @@ private:
 		if (text_) text_[length_] = 0;
 	}
 };
+static_assert(sizeof(xylVarString) == 32); // the two numbers begin right behind the base's
 
 // FNV-1a in 64 bits over length() bytes.
 class MORVANTIS_API xylVarStringHashFunction {
@@ -311,9 +313,7 @@ public:
 };
 
 // Equality as of operator==.
-class MORVANTIS_API
-xylVarStringSetEqual{public : bool operator()(const xylVarString& a, const xylVarString& b)
-	                     const {return a == b;
-}
-}
-;
+class MORVANTIS_API xylVarStringSetEqual {
+public:
+	bool operator()(const xylVarString& a, const xylVarString& b) const;
+};

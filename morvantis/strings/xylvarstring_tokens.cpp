@@ -4,7 +4,6 @@
 
 #include <morvantis/core/ascii.h>
 #include <morvantis/core/number_parse.h>
-#include <morvantis/strings/copy_bytes.h>
 
 #include <bit>
 #include <cstdlib>
@@ -14,19 +13,35 @@ namespace {
 
 constexpr int token_limit = 8192; // bytes of the caller's area
 constexpr int number_area = 20;   // bytes for the text of a number, terminator included
+constexpr int block = 16;         // bytes looked at, or copied, by one step
 
 bool can_be_in_number(char c) { return ascii::is_digit(c) || c == '+' || c == '-'; }
 
-// The first separator at or behind `at`, or `end`. Sixteen bytes at a time while there are as many.
-const char* find_separator(const char* at, const char* end) {
-	const __m128i highest = _mm_set1_epi8(32);
-	for (; end - at >= 16; at += 16) {
+// What ends a token: for one byte, and for sixteen, as a mask of bytes.
+struct Separator {
+	static bool is_at(char c) { return ascii::is_separator(c); }
+	static __m128i among(__m128i bytes) {
+		return _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(32)), bytes);
+	}
+};
+struct Quote {
+	static bool is_at(char c) { return c == '"'; }
+	static __m128i among(__m128i bytes) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')); }
+};
+
+const char* skip_separators(const char* at, const char* end) {
+	while (at != end && ascii::is_separator(*at)) ++at;
+	return at;
+}
+
+// The first such byte at or behind `at`, or `end`. Sixteen bytes at a time while there are as many.
+template <typename Stop> const char* find_first(const char* at, const char* end) {
+	for (; end - at >= block; at += block) {
 		const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-		const __m128i separators = _mm_cmpeq_epi8(_mm_min_epu8(bytes, highest), bytes);
-		const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(separators));
+		const auto mask = static_cast<unsigned int>(_mm_movemask_epi8(Stop::among(bytes)));
 		if (mask != 0) return at + std::countr_zero(mask);
 	}
-	while (at != end && !ascii::is_separator(*at)) ++at;
+	while (at != end && !Stop::is_at(*at)) ++at;
 	return at;
 }
 
@@ -67,33 +82,42 @@ void xylVarString::pop_front(void* target, unsigned int count) {
 bool xylVarString::has_more_tokens() {
 	if (eof()) return false;
 	const char* const end = text_ + length_;
-	const char* at = text_ + cursor_;
-	while (at != end && ascii::is_separator(*at)) ++at;
+	const char* const at = skip_separators(text_ + cursor_, end);
 	cursor_ = static_cast<int>(at - text_);
 	return at != end;
 }
 
 xylVarString::Token_range xylVarString::take_token(int limit) {
-	if (!has_more_tokens()) return {nullptr, 0};
-	const bool quoted = text_[cursor_] == '"';
-	const char* const start = text_ + cursor_ + (quoted ? 1 : 0);
+	if (eof()) return {nullptr, 0};
 	const char* end = text_ + length_;
+	// Not by way of has_more_tokens(): waiting for the cursor to come back from memory would take
+	// as long as half of the rest.
+	const char* start = skip_separators(text_ + cursor_, end);
+	const bool quoted = start != end && *start == '"';
+	start += quoted ? 1 : 0;
 	if (end - start > limit) end = start + limit;
-	const char* at = start;
-	if (quoted) {
-		while (at != end && *at != '"') ++at;
-	} else {
-		at = find_separator(at, end);
-	}
+	const char* const at =
+		quoted ? find_first<Quote>(start, end) : find_first<Separator>(start, end);
 	// kept: behind a quoted token the cursor steps over a byte, the closing quote or not.
 	cursor_ = static_cast<int>(at - text_) + (quoted ? 1 : 0);
 	return {start, static_cast<int>(at - start)};
 }
 
+// The length of a word can't be predicted, and a branch on it costs more than the copy: a short one
+// goes as a whole block, of which the bytes behind the word mean nothing. `target` has room for
+// one.
+void xylVarString::copy_token(char* target, Token_range range) const {
+	if (range.size <= block && text_ + capacity_ - range.start >= block) {
+		std::memcpy(target, range.start, block);
+	} else {
+		std::memcpy(target, range.start, static_cast<size_t>(range.size));
+	}
+}
+
 void xylVarString::next_token(char* const token, int& size) {
 	const Token_range range = take_token(token_limit);
 	size = range.size;
-	copy_bytes(token, range.start, static_cast<size_t>(size));
+	if (size > 0) copy_token(token, range);
 	// kept: a token that fills the area loses its last byte to the terminator.
 	token[size < token_limit ? size : token_limit - 1] = 0;
 }
@@ -101,7 +125,11 @@ void xylVarString::next_token(char* const token, int& size) {
 void xylVarString::next_token_str(xylVarString& token) {
 	token.clear();
 	const Token_range range = take_token(length_);
-	if (range.size > 0) token.append_bytes(range.start, static_cast<size_t>(range.size));
+	if (range.size == 0) return;
+	token.ensure_length(static_cast<unsigned int>(range.size));
+	copy_token(token.text_, range); // no storage has less than a block
+	token.length_ = range.size;
+	token.text_[range.size] = 0;
 }
 
 xylVarString::Read_token_result xylVarString::try_next_token_int(int& value) {
