@@ -161,7 +161,15 @@ void xylVarString::append_formatted(const char* format, ...) {
 }
 
 void xylVarString::append_binary(const void* source, int count) {
-	if (count > 0) append_unterminated(static_cast<const char*>(source), size_of(count));
+	if (count < 1) return;
+	const char* const bytes = static_cast<const char*>(source);
+	const unsigned int end = static_cast<unsigned int>(length_) + static_cast<unsigned int>(count);
+	if (static_cast<unsigned int>(capacity_) <= end) {
+		append_growing(bytes, size_of(count), end);
+	} else {
+		std::memcpy(text_ + length_, bytes, size_of(count));
+	}
+	length_ = static_cast<int>(end);
 }
 
 void xylVarString::push_back(const void* source, unsigned int count) {
@@ -232,39 +240,29 @@ void xylVarString::str_init() {
 	cursor_ = 0;
 }
 
-// The one growth policy, for a capacity that is known not to do.
-void xylVarString::grow(unsigned int length) {
-	if (!text_) {
-		capacity_ = first_capacity(length);
-		text_ = allocate_text(capacity_);
-		return;
-	}
-	const int capacity = doubled_capacity(capacity_, length + 1);
-	char* text = static_cast<char*>(xyl_heap_allocate(size_of(capacity)));
-	std::memcpy(text, text_,
-	            size_of(capacity_)); // all of it: the length may not tell what is there
-	xyl_heap_free(text_);
-	text_ = text;
+// The one growth policy, for a capacity that is known not to do. What comes back is the old
+// storage, or null: the caller's to free.
+char* xylVarString::move_to_larger(unsigned int length) {
+	char* const old = text_;
+	const int capacity = old ? doubled_capacity(capacity_, length + 1) : first_capacity(length);
+	text_ = allocate_text(capacity);
+	// All of it: the length may not tell what is there.
+	if (old) std::memcpy(text_, old, size_of(capacity_));
 	capacity_ = capacity;
+	return old;
 }
 
-// Appends to a storage that must grow. The old one lives until the source is copied, which may be
-// a part of it.
-void xylVarString::append_growing(const char* source, size_t count, unsigned int wanted) {
-	char* const old = std::exchange(text_, nullptr);
-	if (!old) {
-		grow(wanted);
-	} else {
-		const int capacity = doubled_capacity(capacity_, wanted + 1);
-		text_ = static_cast<char*>(xyl_heap_allocate(size_of(capacity)));
-		std::memcpy(text_, old, size_of(capacity_));
-		capacity_ = capacity;
-	}
+void xylVarString::grow(unsigned int length) { xyl_heap_free(move_to_larger(length)); }
+
+// Grows to a length of `end` and copies, without a terminator. The source may be a part of the old
+// storage, which so lives until it is copied.
+void xylVarString::append_growing(const char* source, size_t count, unsigned int end) {
+	char* const old = move_to_larger(end);
 	std::memcpy(text_ + length_, source, count);
 	xyl_heap_free(old);
 }
 
-void xylVarString::append_unterminated(const char* source, size_t count) {
+void xylVarString::append_bytes(const char* source, size_t count) {
 	const unsigned int end = static_cast<unsigned int>(length_) + static_cast<unsigned int>(count);
 	if (static_cast<unsigned int>(capacity_) <= end) {
 		append_growing(source, count, end);
@@ -272,11 +270,7 @@ void xylVarString::append_unterminated(const char* source, size_t count) {
 		copy_bytes(text_ + length_, source, count);
 	}
 	length_ = static_cast<int>(end);
-}
-
-void xylVarString::append_bytes(const char* source, size_t count) {
-	append_unterminated(source, count);
-	text_[length_] = 0;
+	text_[end] = 0;
 }
 
 // Replaces the text. The source may be a part of it: such a one needs no larger storage.

@@ -294,10 +294,9 @@ private:
 	// Removes all else up to the terminator.
 	void keep_only(bool (*wanted)(char));
 
+	char* move_to_larger(unsigned int length);
 	void grow(unsigned int length);
-	void append_growing(const char* source, size_t count, unsigned int wanted);
-	// Makes room, copies and sets the length; no terminator.
-	void append_unterminated(const char* source, size_t count);
+	void append_growing(const char* source, size_t count, unsigned int end);
 	void append_bytes(const char* source, size_t count);
 	void assign_bytes(const char* source, size_t count);
 	void terminate() {
