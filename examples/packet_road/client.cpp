@@ -19,15 +19,17 @@ constexpr int attempts = 200;
 class Client {
 public:
 	explicit Client(const Options& options)
-		: options_(options), world_(options.agents, options.seed), vandal_(~options.seed),
-		  server_(loopback_address(options.port)) {}
+		: options_(options), world_(options.agents, options.seed),
+		  server_(loopback_address(options.port)) {
+		vandal_.set_seed(~options.seed);
+	}
 
 	int run();
 
 private:
-	bool send(const Dynamic_bit_buffer& packet);
+	bool send(Dynamic_bit_buffer& packet);
 	bool is_acknowledged(unsigned int tick);
-	bool deliver(const Dynamic_bit_buffer& packet, unsigned int tick);
+	bool deliver(Dynamic_bit_buffer& packet, unsigned int tick);
 	void send_damaged(const Dynamic_bit_buffer& packet);
 	void send_noise();
 	bool send_tick(bool is_damaged);
@@ -36,7 +38,7 @@ private:
 
 	const Options& options_;
 	World world_;
-	Random vandal_;
+	xylRandom_generator vandal_;
 	QoNetAddress server_;
 	QoNet_udp_socket socket_;
 	Tally tally_;
@@ -47,11 +49,11 @@ private:
 };
 
 // A full queue shows as 0 bytes sent: then the packet is offered again.
-bool Client::send(const Dynamic_bit_buffer& packet) {
-	const QoNetRawBuffer raw{packet.capacity_in_bits, packet.buffer};
+bool Client::send(Dynamic_bit_buffer& packet) {
+	const int size = packet.size_in_bytes();
 	for (;;) {
-		const int size = packet.size_in_bytes();
-		const int sent = sending_.time([&] { return socket_.send(&raw, size, server_); });
+		const int sent =
+			sending_.time([&] { return socket_.send(packet.as_raw_buffer(), size, server_); });
 		if (sent == size) return true;
 		if (sent < 0) return false;
 		std::this_thread::yield();
@@ -76,7 +78,7 @@ bool Client::is_acknowledged(unsigned int tick) {
 	return is_found;
 }
 
-bool Client::deliver(const Dynamic_bit_buffer& packet, unsigned int tick) {
+bool Client::deliver(Dynamic_bit_buffer& packet, unsigned int tick) {
 	for (int attempt = 0; attempt < attempts; ++attempt) {
 		if (attempt > 0) ++sent_again_;
 		if (!send(packet)) return false;
@@ -93,17 +95,18 @@ bool Client::deliver(const Dynamic_bit_buffer& packet, unsigned int tick) {
 // run of bytes.
 void Client::send_damaged(const Dynamic_bit_buffer& packet) {
 	Dynamic_bit_buffer damaged(packet);
-	const unsigned int size = static_cast<unsigned int>(damaged.size_in_bytes());
-	switch (vandal_.below(3)) {
+	const int size = damaged.size_in_bytes();
+	const int at = vandal_.random_int_ranged(0, size - 1);
+	switch (vandal_.random_int(3)) {
 	case 0:
-		damaged.buffer[vandal_.below(size)] ^= static_cast<unsigned char>(1u << vandal_.below(8));
+		damaged.buffer[at] ^= static_cast<unsigned char>(1u << vandal_.random_int(8));
 		break;
 	case 1:
-		damaged.shrink_size_to(static_cast<int>(8 * vandal_.below(size)));
+		damaged.shrink_size_to(8 * at);
 		break;
 	case 2:
-		for (unsigned int at = vandal_.below(size), i = 0; i < 8 && at < size; ++i, ++at) {
-			damaged.buffer[at] ^= static_cast<unsigned char>(1 + vandal_.below(255));
+		for (int i = at; i < size && i < at + 8; ++i) {
+			damaged.buffer[i] ^= static_cast<unsigned char>(vandal_.random_int_ranged(1, 255));
 		}
 	}
 	send(damaged);
@@ -114,9 +117,9 @@ void Client::send_damaged(const Dynamic_bit_buffer& packet) {
 void Client::send_noise() {
 	Dynamic_bit_buffer* noise = bit_buffer_manager.get_bit_buffer();
 	const int size =
-		static_cast<int>(vandal_.below(Dynamic_bit_buffer::static_buffer_size_in_bytes));
+		vandal_.random_int_ranged(0, Dynamic_bit_buffer::static_buffer_size_in_bytes - 1);
 	for (int i = 0; i < size; ++i)
-		noise->buffer[i] = static_cast<unsigned char>(vandal_.below(256));
+		noise->buffer[i] = static_cast<unsigned char>(vandal_.random_int());
 	noise->initialize_after_read(size);
 	send(*noise);
 	bit_buffer_manager.return_bit_buffer(noise);
@@ -180,19 +183,12 @@ int Client::run() {
 	if (!open_socket(&socket_, 0)) return exit_no_port;
 	xyl_log("client sends %d ticks of %d agents to port %d", options_.ticks, options_.agents,
 	        options_.port);
-	std::printf("  sending %d ticks  [", options_.ticks);
 	bool is_well = true;
 	for (int tick = 1; is_well && tick <= options_.ticks; ++tick) {
 		world_.step();
 		is_well = send_tick(options_.damage > 0 && tick % options_.damage == 0);
-		for (int mark = 30 * (tick - 1) / options_.ticks; mark < 30 * tick / options_.ticks;
-		     ++mark) {
-			std::printf("#");
-			std::fflush(stdout);
-		}
 	}
 	is_well = is_well && say_goodbye();
-	std::printf("]\n");
 	socket_.close_socket();
 	if (is_well) {
 		xyl_post_success_line("client got an answer to each of %d packets", tally_.undamaged);

@@ -10,17 +10,6 @@
 // Nothing here but sums, products and square roots, which every machine rounds alike. Sine and
 // cosine are not among them: they differ in the last digit from one run-time to the next.
 
-unsigned int Random::next() {
-	state_ ^= state_ << 13;
-	state_ ^= state_ >> 17;
-	state_ ^= state_ << 5;
-	return state_;
-}
-
-float Random::between(float low, float high) {
-	return low + (high - low) * (static_cast<float>(next() >> 8) / 16777216.0f);
-}
-
 namespace {
 
 void move(float& position, float& velocity, float low, float high) {
@@ -44,13 +33,15 @@ void turn(float (&q)[4], const float (&spin)[3]) {
 
 } // namespace
 
-World::World(int agent_count, unsigned int seed) : random_(seed) {
+World::World(int agent_count, unsigned int seed) {
+	random_.set_seed(seed);
 	for (int i = 0; i < agent_count; ++i) {
 		Agent agent{};
 		Motion motion{};
-		for (float& component : agent.position) component = random_.between(0, world_height);
-		for (float& component : motion.velocity) component = random_.between(-2, 2);
-		for (float& component : motion.spin) component = random_.between(-0.1f, 0.1f);
+		for (float& component : agent.position)
+			component = random_.random_float_ranged(0, world_height);
+		for (float& component : motion.velocity) component = random_.random_float_ranged(-2, 2);
+		for (float& component : motion.spin) component = random_.random_float_ranged(-0.1f, 0.1f);
 		agent.orientation[0] = 1;
 		agent.health = 100;
 		xyl_snprintf(agent.name, sizeof(agent.name), "unit %d", i);
@@ -68,11 +59,11 @@ void World::step() {
 		move(agent.position[1], motion.velocity[1], -world_half_width, world_half_width);
 		move(agent.position[2], motion.velocity[2], 0, world_height);
 		turn(agent.orientation, motion.spin);
-		agent.health = static_cast<int>(random_.below(101));
+		agent.health = random_.random_int_ranged(0, 100);
 	}
-	now_.event_size = static_cast<int>(random_.below(event_capacity + 1));
+	now_.event_size = random_.random_int_ranged(0, event_capacity);
 	for (int i = 0; i < now_.event_size; ++i) {
-		now_.event[i] = static_cast<unsigned char>(random_.below(256));
+		now_.event[i] = static_cast<unsigned char>(random_.random_int());
 	}
 }
 

@@ -1,6 +1,8 @@
 // The world that is sent: agents that walk about, the same on every machine for the same seed.
 #pragma once
 
+#include <morvantis/core/xylrandom_generator.h>
+
 #include <vector>
 
 inline constexpr int largest_agent_count = 1000;
@@ -11,18 +13,6 @@ inline constexpr float world_half_width = 512.0f, world_height = 64.0f; // metre
 // Tick numbers travel modulo 65,500, and a rebuilt number never lies in the first half of the first
 // cycle; so this world begins in the second one.
 inline constexpr unsigned int first_tick = 65501;
-
-// xorshift32: small, and equal everywhere.
-class Random {
-public:
-	explicit Random(unsigned int seed) : state_(seed * 2654435761u | 1) {}
-	unsigned int next();
-	unsigned int below(unsigned int limit) { return next() % limit; }
-	float between(float low, float high);
-
-private:
-	unsigned int state_;
-};
 
 struct Agent {
 	float position[3];    // metres; x and y in +-512, z in 0..64
@@ -55,7 +45,7 @@ private:
 		float spin[3];     // half radians a tick
 	};
 
-	Random random_;
+	xylRandom_generator random_; // gives the same numbers everywhere
 	unsigned int tick_ = first_tick - 1;
 	Snapshot now_;
 	std::vector<Motion> motions_; // of the agents, in their order
