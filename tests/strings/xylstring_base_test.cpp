@@ -29,6 +29,27 @@ public:
 	const unsigned char* caught = nullptr;
 };
 
+// Adds no storage of its own, so it shows what the base's constructors leave.
+class Bare_string : public xylString_base {
+public:
+	Bare_string() = default;
+	explicit Bare_string(const xylString_base& source) : xylString_base(source) {}
+	using xylString_base::operator=;
+	void operator=(const char*) override {}
+	void set(const char*, int) override {}
+	bool replace(const char*, const char*) override { return false; }
+};
+
+TEST(xylString_base, IsMadeWithoutStorageAndCopiedWithThePointerAlone) {
+	const Bare_string none;
+	EXPECT_TRUE(none.is_buffer_null());
+	EXPECT_EQ(none.length(), 0);
+	const xylConstString<16> source("abc");
+	const Bare_string copy(source);
+	EXPECT_EQ(copy.char_p(), source.char_p());
+	EXPECT_EQ(copy.length(), 3);
+}
+
 TEST(xylString_base, AssignmentOfUnsignedBytesForwardsThroughTheTable) {
 	Catching_string text;
 	const unsigned char source[] = "abc";

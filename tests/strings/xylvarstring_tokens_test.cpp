@@ -199,6 +199,29 @@ TEST(xylVarString, TokensEndAt8192Bytes) {
 	}
 }
 
+// Short ones are copied in blocks of sixteen bytes: in front of a text, and with no byte to spare
+// behind them in the storage.
+TEST(xylVarString, TokensOfEveryLengthAreWhole) {
+	for (size_t length = 1; length <= 40; ++length) {
+		SCOPED_TRACE(length);
+		std::string plain(length, 'a');
+		for (size_t i = 0; i < length; ++i) plain[i] = static_cast<char>('a' + i % 26);
+		for (const char* const behind : {"", " ", "\tand a tail of some twenty bytes"}) {
+			for (const bool quoted : {false, true}) {
+				xylVarString text(quoted ? '"' + plain + '"' + behind : plain + behind);
+				EXPECT_EQ(Read_token(text).text, plain);
+				EXPECT_EQ(text.get_cursor_position(), static_cast<int>(length) + (quoted ? 2 : 0));
+				text.reset_cursor(0);
+				Open_string token;
+				text.next_token_str(token);
+				EXPECT_EQ(text_of(token), plain);
+				EXPECT_TRUE(is_terminated(token));
+				EXPECT_TRUE(token.is_valid());
+			}
+		}
+	}
+}
+
 struct Number_case {
 	const char* name;
 	std::string text;
