@@ -15,6 +15,7 @@ namespace {
 
 constexpr int system_message_size = 8192;
 constexpr size_t result_part_size = 16384; // of the caller's text, and of the message behind it
+constexpr size_t result_text_size = 2 * result_part_size;
 constexpr size_t marked_text_size = 65536;
 constexpr char system_error_marker[] = "#E";
 
@@ -139,7 +140,7 @@ void xyl_post_message_line(const xylVarString& text, const int& value) {
 
 void xyl_warning_with_platform_result(long result, const char* format, ...) {
 	// The caller's text, which may fill its part without a terminator; a line feed; the message.
-	char text[result_part_size + 1 + result_part_size];
+	char text[result_text_size];
 	text[result_part_size] = 0;
 	va_list arguments;
 	va_start(arguments, format);
@@ -148,7 +149,8 @@ void xyl_warning_with_platform_result(long result, const char* format, ...) {
 
 	char* end = text + std::strlen(text);
 	*end++ = '\n';
-	write_platform_result(static_cast<xylUInt32>(result), end, result_part_size);
+	const auto room = static_cast<size_t>(text + result_text_size - end);
+	write_platform_result(static_cast<xylUInt32>(result), end, std::min(room, result_part_size));
 	// kept: percent signs in the text are read as directives.
 	warn_with_format(text);
 }

@@ -48,11 +48,12 @@ MORVANTIS_API void xyl_post_message_line(const xylVarString& text, const int& va
 
 // Warns with the caller's text, a line feed and the system's message for a platform result code,
 // whose line end goes. Only the low 32 bits of `result` count. Where the system has no message, one
-// of two fallback texts with the code stands in.
+// of two fallback texts with the code stands in. The caller's formatted text is cut at 16,384
+// bytes, the message at 16,383, and what they compose with the line feed at 32,767.
 //
 // kept: the composed text is the format of xyl_warning(), so a percent sign in the caller's
 // formatted text or in the message is read as a directive, whose argument is whatever stands there.
-// Needs about 64 KB of stack.
+// Needs about 40 KB of stack.
 MORVANTIS_API void xyl_warning_with_platform_result(long result, const char* format, ...)
 	MORVANTIS_FORMAT(2, 3);
 
@@ -61,7 +62,8 @@ MORVANTIS_API void xyl_warning_with_platform_result(long result, const char* for
 //
 // kept: the text ends with the message; what the caller wrote behind the marker is lost. The text
 // is the format of xyl_warning(), as above. Where the system has no message, a warning about that
-// comes first and the marker becomes nothing. `format` is only read. Needs about 80 KB of stack.
+// comes first and the marker becomes nothing. The caller's formatted text is cut at 65,536 bytes.
+// `format` is only read. Needs about 80 KB of stack.
 MORVANTIS_API void xyl_warning_with_system_error(char* format, ...);
 
 // For the asserts of the engine's modules; the library itself has none. The values go to the host

@@ -28,6 +28,11 @@ protected:
 		return calls[0].text;
 	}
 
+	// A directive of `length` characters that stands for one.
+	static std::string percent_sign_of(size_t length) {
+		return "%" + std::string(length - 2, '0') + "%";
+	}
+
 	Scripted_system_error& system_ = Scripted_system_error::get();
 };
 
@@ -131,6 +136,51 @@ TEST_F(Scripted_report_test, LongMessagesStayInTheirBuffers) {
 		EXPECT_EQ(take_warning(), "\n" + std::string(4095, 'm'));
 		xyl_warning_with_platform_result(1, "%s", text.c_str());
 		EXPECT_EQ(take_warning(), text.substr(0, 4096));
+	}
+}
+
+// A directive of many flags shortens to one percent sign in the warning, so that what stands behind
+// it is seen.
+TEST_F(Scripted_report_test, PartsOfAPlatformResultAreCutAtTheirBuffers) {
+	struct Case {
+		const char* name;
+		std::string text;
+		std::string message;
+		const char* reported;
+	};
+	const Case cases[] = {
+		{"text of 16,384", percent_sign_of(16382) + "ab", "m", "%ab\nm"},
+		{"text of 16,385", percent_sign_of(16382) + "abc", "m", "%ab\nm"},
+		{"text much longer", percent_sign_of(16382) + "ab" + std::string(9000, 'c'), "m", "%ab\nm"},
+		{"message of 16,383", "t", percent_sign_of(16381) + "ab", "t\n%ab"},
+		{"message of 16,384", "t", percent_sign_of(16381) + "abc", "t\n%ab"},
+		{"message of 16,384 with a line end", "t", percent_sign_of(16381) + "abc\r\n", "t\n%ab"},
+		{"together 32,767", percent_sign_of(16383), percent_sign_of(16381) + "ab", "%\n%ab"},
+		{"together 32,768", percent_sign_of(16384), percent_sign_of(16381) + "ab", "%\n%a"},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.name);
+		system_.message = c.message;
+		xyl_warning_with_platform_result(1, "%s", c.text.c_str());
+		EXPECT_EQ(take_warning(), c.reported);
+	}
+}
+
+TEST_F(Scripted_report_test, TextAroundTheMarkerIsCutAtItsBuffer) {
+	system_.message = std::string(8190, 'm');
+	char format[] = "%s#E";
+	struct Case {
+		size_t length; // of the text before the marker
+		std::string reported;
+	};
+	const Case cases[] = {{65533, "%" + *system_.message},
+	                      {65534, "%" + *system_.message},
+	                      {65535, "%#"},
+	                      {65536, "%"}};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.length);
+		xyl_warning_with_system_error(format, percent_sign_of(c.length).c_str());
+		EXPECT_EQ(take_warning(), c.reported.substr(0, 4096));
 	}
 }
 
