@@ -20,8 +20,7 @@ public:
 	// QoNet::initialize(). Allocates from the library's heap.
 	zubLibrary();
 	// Frees the network layer's object, sockets started or not, and ends the global objects. The
-	// interfaces stay the host's (see
-	// set_message_interface()), and zub_library keeps its value.
+	// interfaces are left alone, and zub_library keeps its value.
 	~zubLibrary();
 	// Copies the three fields, after which both objects hold the same network layer.
 	zubLibrary(const zubLibrary&) = default;

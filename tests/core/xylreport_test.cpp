@@ -126,6 +126,27 @@ TEST(xylreport, OnlyGeneralMessageLinesObeyTheHost) {
 	EXPECT_THAT(host().take_texts(), ElementsAre("warning", "success"));
 }
 
+// The host changes the argument when it is asked: what it was before has been formatted, whatever
+// the answer is going to be.
+TEST(xylreport, MessageLinesAreFormattedBeforeTheHostIsAsked) {
+	struct Changing : Recording_host {
+		bool get_disable_gui_messages() override {
+			argument[0] = '~';
+			return Recording_host::get_disable_gui_messages();
+		}
+		char argument[8] = "line";
+	};
+	Changing changing;
+	zub_library->interface_ = &changing;
+	xyl_post_message_line_formatted(3, "%s", changing.argument);
+	EXPECT_THAT(host().take_texts(), ElementsAre("line"));
+	EXPECT_STREQ(changing.argument, "~ine");
+	changing.gui_messages_disabled = true;
+	xyl_post_message_line_formatted(3, "%s", changing.argument);
+	EXPECT_THAT(host().take(), IsEmpty());
+	zub_library->interface_ = &host();
+}
+
 TEST(xylreport, MessageLineHandsOnTheSameReferences) {
 	struct Remembering : zubMessage_interface {
 		void post_warning_line(const char*) override {}

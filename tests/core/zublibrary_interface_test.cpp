@@ -13,6 +13,7 @@
 
 static_assert(!std::has_virtual_destructor_v<zubLibrary_interface>);
 static_assert(!std::has_virtual_destructor_v<zubMessage_interface>);
+static_assert(std::is_abstract_v<zubLibrary_interface> && std::is_abstract_v<zubMessage_interface>);
 static_assert(sizeof(zubLibrary_interface) == sizeof(void*), "no data");
 static_assert(sizeof(zubMessage_interface) == sizeof(void*), "no data");
 
