@@ -1,4 +1,4 @@
-// The two odd sums of the global allocators, apart from them so that they can be tested with sizes
+// The two odd sums of the allocators, apart from them so that they can be tested with sizes
 // that no test can allocate.
 #pragma once
 
@@ -14,7 +14,7 @@ constexpr size_t counted_allocation_size(size_t usable) {
 	return usable <= unit / 2 ? usable : (usable & ~(unit - 1)) + unit;
 }
 
-// How many bytes a page reallocation copies: the smaller size.
+// How many bytes a reallocation that moves copies: the smaller size.
 //
 // kept: compared as signed 32-bit numbers, so that from 2 GiB up only the low bits count. A
 // negative result copies nothing.

@@ -1,8 +1,8 @@
 #include <morvantis/memory/xylheap_allocator_link_list.h>
 
+#include <morvantis/memory/allocation_size.h>
 #include <morvantis/memory/xylheap.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -50,8 +50,7 @@ void* xylHeap_allocator_link_list::reallocate_aligned_mem(void* memory, size_t s
                                                           Allocation_group group) {
 	void* const moved = allocate_aligned_mem(size, alignment, group);
 	const size_t old_size = allocation_sizes_.remove(memory);
-	const int kept_size = std::min(low_word(size), low_word(old_size));
-	std::memcpy(moved, memory, static_cast<size_t>(kept_size));
+	std::memcpy(moved, memory, copied_allocation_size(size, old_size));
 	insert_sorted_and_merge(memory, old_size);
 	return moved;
 }
@@ -93,16 +92,15 @@ void* xylHeap_allocator_link_list::find_memory(size_t size, size_t alignment) {
 
 // Cuts the block out of the range, which holds it.
 void* xylHeap_allocator_link_list::take_from(List_record* record, void* start, size_t size) {
-	void* const end = offset_address(start, low_word(size));
-	void* const range_end = offset_address(record->address, low_word(record->size));
-	if (start == record->address) {
+	void* const end = reinterpret_cast<void*>(number(start) + size);
+	const size_t gap = address_dif(start, record->address);
+	const size_t rest = record->size - gap - size;
+	if (gap == 0) {
 		record->address = end;
-		record->size -= size;
-	} else if (end == range_end) {
-		record->size -= size;
+		record->size = rest;
 	} else {
-		record->size = address_dif(start, record->address);
-		make_record(end, address_dif(range_end, end), record, record->next);
+		record->size = gap;
+		if (rest > 0) make_record(end, rest, record, record->next);
 	}
 	if (record->size == 0) remove_record(record);
 	return start;
@@ -187,14 +185,14 @@ void xylHeap_allocator_link_list::put_records_in_order() {
 	const size_t room = record_count_ + slab_records;
 	auto* const slab = static_cast<List_record*>(xyl_heap_allocate(room * sizeof(List_record)));
 	size_t copied = 0;
-	for (const List_record* record = free_list_; record; record = record->next, ++copied) {
-		slab[copied] = {record->address, record->size, slab + copied + 1, slab + copied - 1};
-	}
-	free_list_ = nullptr;
-	if (copied > 0) {
-		free_list_ = slab;
-		slab[0].prev = nullptr;
-		slab[copied - 1].next = nullptr;
+	List_record* prev = nullptr;
+	List_record** link = &free_list_;
+	for (const List_record* record = free_list_; record; record = record->next) {
+		List_record* const copy = slab + copied++;
+		*copy = {record->address, record->size, nullptr, prev};
+		*link = copy;
+		link = &copy->next;
+		prev = copy;
 	}
 	spare_records_ = nullptr;
 	for (size_t i = room; i-- > copied;) slab[i].next = std::exchange(spare_records_, slab + i);

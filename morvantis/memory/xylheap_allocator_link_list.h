@@ -17,8 +17,11 @@
 // cycle before the last, so that a released block stays untouched for at least one whole cycle.
 //
 // The object holds the table of 8,388,608 entries in place, 128 MiB: it belongs into static storage
-// or a block of its own. Ranges and blocks of 2 GiB and more don't compare properly: addresses are
-// reckoned with the low 32 bits of sizes.
+// or a block of its own.
+//
+// kept: ranges and blocks of 2 GiB and more don't compare properly, since the search reckons with
+// the low 32 bits of sizes, signed: most such ranges hold no block but their like. A reallocation
+// of such a block may lose its contents.
 //
 // Threads: one at a time; the host serialises all operations but get_total_allocation_size().
 class MORVANTIS_API xylHeap_allocator_link_list : public xylMemory_allocator_base {
@@ -97,6 +100,7 @@ private:
 	// several times as long; clear_ptrs() then copies them into list order.
 	List_record* spare_records_; // unused records, chained by `next`
 	std::vector<List_record*> slabs_;
-	size_t record_count_;       // records in the list
-	size_t out_of_order_count_; // of them, made elsewhere than right behind their predecessor
+	size_t record_count_; // records in the list
+	size_t
+		out_of_order_count_; // since the last copying, made elsewhere than behind their predecessor
 };

@@ -33,11 +33,14 @@ public:
 	};
 
 	explicit Parent(size_t reservation)
-		: memory_(static_cast<char*>(xyl_heap_allocate_aligned(reservation, 1 << 20))),
-		  end_(memory_ + reservation), next_(memory_) {
+		: Parent(static_cast<char*>(xyl_heap_allocate_aligned(reservation, 1 << 20)), reservation) {
+		owned_ = memory_;
+	}
+	// Gives addresses, whether there is memory behind them or not.
+	Parent(char* start, size_t size) : memory_(start), end_(start + size), next_(start) {
 		default_alignment_ = 16;
 	}
-	~Parent() { xyl_heap_free(memory_); }
+	~Parent() { xyl_heap_free(owned_); }
 
 	// The next chunk starts this many bytes behind the last one.
 	size_t gap = 0;
@@ -60,6 +63,7 @@ private:
 	char* memory_;
 	char* end_;
 	char* next_;
+	char* owned_ = nullptr;
 };
 
 struct Range {
@@ -112,6 +116,9 @@ protected:
 		xyl_heap_free(&allocator);
 	}
 
+	Heap_allocator_link_list_test() = default;
+	explicit Heap_allocator_link_list_test(char* start, size_t size) : parent(start, size) {}
+
 	Expected_leaks records_; // which an allocator never frees
 	Parent parent{4 * unit + (16 << 20)};
 	Allocator& allocator = *new (xyl_heap_allocate(sizeof(Allocator))) Allocator(&parent);
@@ -124,6 +131,14 @@ protected:
 		allocator.clear_ptrs();
 	}
 	Range at(size_t offset, size_t size) const { return {number(parent.start()) + offset, size}; }
+};
+
+// Over addresses without memory: what touches a block or a free range ends the program.
+class Heap_allocator_link_list_distant_test : public Heap_allocator_link_list_test {
+protected:
+	Heap_allocator_link_list_distant_test()
+		: Heap_allocator_link_list_test(reinterpret_cast<char*>(size_t{1} << 50), size_t{1} << 40) {
+	}
 };
 
 } // namespace
@@ -186,6 +201,52 @@ TEST_F(Heap_allocator_link_list_test, ChunksAreWholeUnits) {
 		EXPECT_EQ(parent.requests.back().size, c.chunk);
 	}
 	EXPECT_EQ(allocator.get_total_allocation_size(), 3 * unit);
+}
+
+TEST_F(Heap_allocator_link_list_test, FieldsStandInTheirOrder) {
+	const void* const fields[] = {&allocator.allocation_callback_,
+	                              &allocator.parent_allocator_,
+	                              &allocator.free_list_,
+	                              &allocator.active_,
+	                              &allocator.total_allocation_size_,
+	                              &allocator.allocation_sizes_,
+	                              &allocator.current_index_,
+	                              &allocator.deferred_frees_};
+	EXPECT_TRUE(std::is_sorted(std::begin(fields), std::end(fields)));
+	const Allocator::List_record record = {};
+	const void* const parts[] = {&record.address, &record.size, &record.next, &record.prev};
+	EXPECT_TRUE(std::is_sorted(std::begin(parts), std::end(parts)));
+}
+
+TEST_F(Heap_allocator_link_list_distant_test, NothingIsWrittenIntoTheManagedMemory) {
+	std::vector<void*> blocks;
+	for (size_t i = 0; i < 40; ++i) blocks.push_back(allocate(1 + 50 * i, size_t{16} << i % 8));
+	for (size_t i = 0; i < 40; i += 2) release(blocks[i]);
+	for (size_t i = 1; i < 40; i += 2) release(blocks[i]);
+	EXPECT_EQ(free_ranges(allocator), std::vector<Range>{at(0, unit)});
+}
+
+// kept: a range is compared by the low 32 bits of its size, and 2 GiB are negative.
+TEST_F(Heap_allocator_link_list_distant_test, ARangeOf2GiBHoldsNoSmallBlock) {
+	constexpr size_t large = 32 * unit;
+	void* const block = allocate(large);
+	EXPECT_EQ(block, parent.start());
+	EXPECT_EQ(allocator.free_list_, nullptr);
+	release(block);
+	EXPECT_EQ(free_ranges(allocator), std::vector<Range>{at(0, large)});
+	parent.gap = unit; // or the next chunk makes the range a longer one
+	EXPECT_EQ(allocate(16), parent.start() + large + unit);
+	EXPECT_EQ(parent.requests.size(), 2u);
+	EXPECT_EQ(allocate(large), block) << "its like it holds";
+	EXPECT_EQ(parent.requests.size(), 2u);
+}
+
+TEST_F(Heap_allocator_link_list_distant_test, WhatIsLeftOfARangeOfMoreThan2GiBIsWhole) {
+	constexpr size_t large = 32 * unit;
+	EXPECT_EQ(allocate(large + 1), parent.start());
+	EXPECT_EQ(parent.requests.back().size, large + unit);
+	EXPECT_EQ(free_ranges(allocator), std::vector<Range>{at(large + 16, unit - 16)});
+	EXPECT_EQ(allocator.allocation_sizes_.remove(parent.start()), large + 16);
 }
 
 TEST_F(Heap_allocator_link_list_test, AllocateMemUsesTheDefaultAlignment) {
