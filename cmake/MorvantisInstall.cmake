@@ -14,7 +14,7 @@ endif()
 # A host must use the containers that the library was built with, so the package remembers them.
 if(EASTL_FOUND)
   set(MORVANTIS_EASTL EASTL)
-  set(containers_flags "")
+  set(containers_flags " '-DEASTL_USER_CONFIG_HEADER=<morvantis/memory/eastl_config.h>'")
 else()
   set(MORVANTIS_EASTL compat)
   set(containers_flags " -I\${includedir}/morvantis/compat/eastl")

@@ -16,6 +16,7 @@
 #include <morvantis/core/zublibrary_interface.h>
 #include <morvantis/core/zubmessage_interface.h>
 
+#include <morvantis/memory/eastl_config.h>
 #include <morvantis/memory/xylarray.h>
 #include <morvantis/memory/xylcritical_section.h>
 #include <morvantis/memory/xylheap.h>

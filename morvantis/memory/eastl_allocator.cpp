@@ -5,6 +5,19 @@
 
 namespace eastl {
 
+// compat/eastl has these inline, genuine EASTL declares them alone.
+#if defined(EASTL_USER_DEFINED_ALLOCATOR)
+allocator::allocator(const char*) {}
+
+allocator::allocator(const allocator&) {}
+
+allocator::allocator(const allocator&, const char*) {}
+
+allocator& allocator::operator=(const allocator&) { return *this; }
+
+EASTL_API bool operator!=(const allocator&, const allocator&) { return false; } // before C++20
+#endif
+
 namespace {
 
 allocator default_allocator;
