@@ -12,6 +12,7 @@ class MORVANTIS_API xylCritical_section {
 public:
 	// `spin_count` is how often a thread tries again before it sleeps. Linux ignores it.
 	explicit xylCritical_section(int spin_count = 4096);
+	// No lock can be made from another: two objects would stand for one state and both end it.
 	xylCritical_section(const xylCritical_section&) = delete;
 	~xylCritical_section();
 

@@ -26,7 +26,7 @@ public:
 	// kept: the total goes up by the rounded size before the system is asked, and stays there.
 	void* allocate_aligned_mem(size_t size, size_t alignment, Allocation_group group) override;
 	// Takes a new block, copies the smaller of the two sizes and releases the old block, with a
-	// second call of the callback.
+	// second call of the callback. `memory` must be a live block and not null, which is not tested.
 	//
 	// kept: sizes are compared as signed 32-bit numbers, so blocks of 2 GiB and more lose their
 	// contents; and a refusal of the system isn't looked at, so that the copy ends the process.

@@ -60,15 +60,6 @@ TEST(xylCritical_section, IsFreeOnceUnlockedAsOftenAsLocked) {
 	EXPECT_EQ(state_of(lock), free);
 }
 
-TEST(xylCritical_section, SpinCountIs4096ByDefault) {
-	// The last eight bytes are the spin count where the system's lock has one.
-	const auto spin_count_of = [](const xylCritical_section& lock) {
-		const auto state = state_of(lock);
-		return std::vector(state.end() - 8, state.end());
-	};
-	EXPECT_EQ(spin_count_of(xylCritical_section()), spin_count_of(xylCritical_section(4096)));
-}
-
 TEST(xylCritical_section, AssignmentCopiesTheBytes) {
 	xylCritical_section source(10), target(20);
 	source.lock();

@@ -1,8 +1,9 @@
 #include <morvantis/memory/xylmemory_allocator_base.h>
 
+#include "virtual_order.h"
+
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -130,40 +131,15 @@ TEST(xylMemory_allocator_base, FieldsStandInTheirOrder) {
 	EXPECT_TRUE((std::is_same_v<decltype(base.allocation_callback_), eastl::function<void(int)>>));
 }
 
-// The order is what a host is compiled against: each slot is called by its number.
 TEST(xylMemory_allocator_base, VirtualOperationsStandInTheirOrder) {
-	class Numbered : public xylMemory_allocator_base {
-	public:
-		void* allocate_aligned_mem(size_t, size_t, Allocation_group) override { return at(0); }
-		void* reallocate_aligned_mem(void*, size_t, size_t, Allocation_group) override {
-			return at(1);
-		}
-		bool deallocate_mem(void*, size_t) override { return at(2); }
-		size_t get_total_allocation_size() const override { return slot = 3; }
-		size_t page_size() const override { return slot = 4; }
-		void* allocate_mem(size_t, Allocation_group) override { return at(5); }
-		void* reallocate_mem(void*, size_t, Allocation_group) override { return at(6); }
-		void* at(size_t number) {
-			slot = number;
-			return nullptr;
-		}
-		mutable size_t slot = 99;
-	};
-	Numbered allocator;
-	// Pointers to virtual member functions hold 1 + the offset into the table (Itanium C++ ABI).
-	const auto slot_of = [](auto operation) {
-		ptrdiff_t word;
-		std::memcpy(&word, &operation, sizeof(word));
-		return static_cast<size_t>(word - 1) / sizeof(void*);
-	};
 	using Base = xylMemory_allocator_base;
-	EXPECT_EQ(slot_of(&Base::allocate_aligned_mem), 0u);
-	EXPECT_EQ(slot_of(&Base::reallocate_aligned_mem), 1u);
-	EXPECT_EQ(slot_of(&Base::deallocate_mem), 2u);
-	EXPECT_EQ(slot_of(&Base::get_total_allocation_size), 3u);
-	EXPECT_EQ(slot_of(&Base::page_size), 4u);
-	EXPECT_EQ(slot_of(&Base::allocate_mem), 5u);
-	EXPECT_EQ(slot_of(&Base::reallocate_mem), 6u);
+	EXPECT_EQ(virtual_index(&Base::allocate_aligned_mem), 0u);
+	EXPECT_EQ(virtual_index(&Base::reallocate_aligned_mem), 1u);
+	EXPECT_EQ(virtual_index(&Base::deallocate_mem), 2u);
+	EXPECT_EQ(virtual_index(&Base::get_total_allocation_size), 3u);
+	EXPECT_EQ(virtual_index(&Base::page_size), 4u);
+	EXPECT_EQ(virtual_index(&Base::allocate_mem), 5u);
+	EXPECT_EQ(virtual_index(&Base::reallocate_mem), 6u);
 	EXPECT_FALSE(std::has_virtual_destructor_v<Base>);
 }
 
