@@ -35,6 +35,14 @@
 
 #include <morvantis/platform/zubplatform.h>
 
+#include <morvantis/io/zubdeserializable_interface.h>
+#include <morvantis/io/zubreader_interface.h>
+#include <morvantis/io/zubserializable_interface.h>
+#include <morvantis/io/zubstring_reader.h>
+#include <morvantis/io/zubstring_writer.h>
+#include <morvantis/io/zubunsanitizedstring_reader.h>
+#include <morvantis/io/zubwriter_interface.h>
+
 #include <morvantis/net/bit_buffer_manager.h>
 #include <morvantis/net/dynamic_bit_buffer.h>
 #include <morvantis/net/qonet.h>

@@ -17,11 +17,14 @@ LIBRARY = ROOT / "morvantis"
 CODE = ("morvantis", "tests", "fuzz", "benchmarks", "examples", "tools", "compat")
 
 # From the ground up. Folders of one rank do not know each other.
-RANKS = {"platform/system": 0, "core": 1, "memory": 2, "strings": 3, "platform": 4, "io": 5,
+RANKS = {"platform/system": 0, "core": 1, "math, ground floor": 1.5, "memory": 2, "strings": 3, "platform": 4, "io": 5,
          "core, upper floor": 6, "net": 7, "math": 7, "diagnostics": 8}
 # core's upper floor: object types, timers, random numbers, the GUID generator (the GUID itself is a
 # plain value of the ground floor).
 UPPER_FLOOR = re.compile(r"core/(\w*object\w*|\w*timer\w*|\w*random\w*|\w*guid_generator\w*)\.(h|cpp)")
+# math's ground floor: the value types that streams, buffers and readers exchange. They need core's
+# integer types and each other, nothing else.
+VALUE_TYPES = re.compile(r"math/(lanes|wrapping|xylint_vec[23]|xylvec2|xylvec3|xylvec3d|xylmat3|xylquaternion)\.h")
 # They look upwards because that is their job.
 FREE = {"library.h", "core/zublibrary.cpp", "core/load_order.cpp"}
 # The two allocator objects and the type registry.
@@ -57,6 +60,8 @@ def includes_of(path):
 def floor_of(file):
     if file.startswith("platform/system/"):
         return "platform/system"
+    if VALUE_TYPES.fullmatch(file):
+        return "math, ground floor"
     return "core, upper floor" if UPPER_FLOOR.fullmatch(file) else file.partition("/")[0]
 
 

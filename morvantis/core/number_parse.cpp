@@ -71,19 +71,41 @@ bool is_too_large(const char* digits, const char* end, char marker, xylInt64 wei
 	return scale + (negative ? -exponent : exponent) > 0;
 }
 
-// The value without its sign; nothing if there is no number.
-std::optional<double> parse_magnitude(const char* digits) {
-	if (*digits == '-') return {}; // a second sign, which from_chars() would take
+// A number without its sign.
+template <typename Number> struct Magnitude {
+	std::optional<Number> value; // nothing if there is no number
+	const char* end;             // behind the number
+};
+
+template <typename Number> Magnitude<Number> parse_magnitude(const char* digits) {
+	if (*digits == '-') return {{}, digits}; // a second sign, which from_chars() would take
 	const bool hexadecimal = is_hexadecimal(digits);
 	if (hexadecimal) digits += 2;
 	const auto format = hexadecimal ? std::chars_format::hex : std::chars_format::general;
-	double value = 0;
+	Number value = 0;
 	const auto [end, error] = std::from_chars(digits, digits + std::strlen(digits), value, format);
-	if (error == std::errc::invalid_argument) return {};
-	if (error == std::errc()) return value;
+	if (error == std::errc::invalid_argument) return {{}, end};
+	if (error == std::errc()) return {value, end};
 	const bool too_large =
 		hexadecimal ? is_too_large(digits, end, 'p', 4) : is_too_large(digits, end, 'e', 1);
-	return too_large ? std::numeric_limits<double>::infinity() : 0.0;
+	return {too_large ? std::numeric_limits<Number>::infinity() : Number(0), end};
+}
+
+// Whether what follows the number at `digits` begins a longer form of it that never comes: an
+// exponent without digits, "0x" alone, "infi", "nan(".
+bool is_cut_short(const char* digits, const char* end) {
+	switch (*end | 0x20) {
+	case 'e':
+		return !is_hexadecimal(digits) && (ascii::is_digit(*digits) || *digits == '.');
+	case 'p':
+		return is_hexadecimal(digits);
+	case 'x':
+		return *digits == '0' && end == digits + 1;
+	case 'i':
+		return (*digits | 0x20) == 'i';
+	default:
+		return *end == '(' && (*digits | 0x20) == 'n';
+	}
 }
 
 } // namespace
@@ -104,9 +126,17 @@ xylUInt64 parse_uint64(const char* text) {
 
 double parse_double(const char* text) {
 	const Start start(text);
-	const std::optional<double> value = parse_magnitude(start.digits);
+	const std::optional<double> value = parse_magnitude<double>(start.digits).value;
 	if (!value) return 0; // a sign without a number is none of the result's
 	return start.negative ? -*value : *value;
+}
+
+bool scan_float(const char* text, float* value) {
+	const Start start(text);
+	const Magnitude<float> number = parse_magnitude<float>(start.digits);
+	if (!number.value || is_cut_short(start.digits, number.end)) return false;
+	*value = start.negative ? -*number.value : *number.value;
+	return true;
 }
 
 } // namespace number_parse

@@ -24,4 +24,9 @@ double parse_double(const char* text);
 // nearest to the text.
 inline float parse_float(const char* text) { return static_cast<float>(parse_double(text)); }
 
+// sscanf() with "%f" in the "C" locale: the forms that parse_double() reads, rounded once to the
+// nearest float. False, with `*value` untouched, if there is no number, or one that is cut short
+// ("1e", "0x", "infi"), whose beginning a scan has already consumed.
+bool scan_float(const char* text, float* value);
+
 } // namespace number_parse

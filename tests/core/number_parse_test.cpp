@@ -164,4 +164,47 @@ TEST(number_parse, NarrowsTheDoubleAndSoRoundsTwice) {
 	EXPECT_EQ(parse_float("1e39"), HUGE_VALF);
 }
 
+TEST(number_parse, ScansFloatsRoundedOnce) {
+	struct Case {
+		const char* text;
+		float value;
+	};
+	const Case cases[] = {
+		{"0.1", 0.1f},
+		{" \t-2.5e3x", -2500},
+		{"+.5", 0.5f},
+		{"1.", 1},
+		{"0x1.8p1", 3},
+		{"-inf", -INFINITY},
+		{"InfinityX", INFINITY},
+		{"1e99", INFINITY},
+		{"1e-99", 0},
+		{"0x1p999", INFINITY},
+		{"1f", 1},
+		// Just above the middle between two floats: rounding to double first makes it a tie.
+		{"1.00000005960464477540", 1.00000012f},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.text);
+		float value = 7;
+		EXPECT_TRUE(scan_float(c.text, &value));
+		EXPECT_EQ(value, c.value);
+	}
+	EXPECT_EQ(parse_float("1.00000005960464477540"), 1.0f) << "the other operation rounds twice";
+	float value = 7;
+	EXPECT_TRUE(scan_float("-nan", &value));
+	EXPECT_TRUE(std::isnan(value) && std::signbit(value));
+}
+
+TEST(number_parse, ScanRefusesNoNumberAndOneCutShort) {
+	for (const char* text : {"",   " ",   "abc", "-",    "+",       ".",    "--1",     "-+1",
+	                         "e5", "in",  "na",  "1e",   "1.5E",    "1e+",  "1e-x",    ".5e",
+	                         "0x", "-0X", "0xg", "0x1p", "0x1.8P-", "infi", "infinit", "nan("}) {
+		SCOPED_TRACE(text);
+		float value = 7;
+		EXPECT_FALSE(scan_float(text, &value));
+		EXPECT_EQ(value, 7);
+	}
+}
+
 } // namespace
