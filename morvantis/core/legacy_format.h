@@ -28,6 +28,6 @@
 //           format cuts short included, is copied as it stands and takes no argument but for '*'.
 // Result    the number of bytes when the text has at most `size`, else -1.
 //
-// A directive without an argument reads whatever
-// stands there; a "%s" then may read anywhere. Any thread; does not allocate.
+// A directive without an argument reads whatever stands there; a "%s" then may read anywhere. Any
+// thread; does not allocate.
 int format_bounded(char* buffer, size_t size, const char* format, va_list arguments);
