@@ -74,8 +74,8 @@ void xylHeap_allocator_link_list::clear_ptrs() {
 		insert_sorted_and_merge(memory, allocation_sizes_.remove(memory));
 	}
 	noted.clear();
-	// The merges above have walked the list once per block, so one more walk goes unnoticed.
-	if (out_of_order_count_ > record_count_ / 16) put_records_in_order();
+	// The copying writes so many records: 16 at most for each one that was made out of order.
+	if (out_of_order_count_ > (record_count_ + slab_records) / 16) put_records_in_order();
 }
 
 // First fit from the lowest address.
