@@ -35,6 +35,9 @@
 
 #include <morvantis/platform/zubplatform.h>
 
+#include <morvantis/io/xylfile.h>
+#include <morvantis/io/xylnative_file.h>
+#include <morvantis/io/xylnative_file_async.h>
 #include <morvantis/io/zubdeserializable_interface.h>
 #include <morvantis/io/zubreader_interface.h>
 #include <morvantis/io/zubserializable_interface.h>

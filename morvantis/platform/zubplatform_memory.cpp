@@ -1,11 +1,9 @@
 // Memory figures and page memory.
 #include <morvantis/platform/zubplatform.h>
 
-#include <morvantis/core/xylreport.h>
+#include <morvantis/core/not_implemented.h>
 #include <morvantis/memory/page_size.h>
 #include <morvantis/platform/system/memory.h>
-
-#include <atomic>
 
 namespace {
 
@@ -17,16 +15,8 @@ double widen(xylUInt64 value) {
 	return signed_value < 0 ? signed_value + two_to_64 : signed_value;
 }
 
-// Says once on the debug output that an operation isn't there on these systems.
-void say_not_implemented(std::atomic<bool>& said, const char* operation, int line) {
-	static constexpr char not_implemented_text[] = "Not implemented: %s (%s:%d)\n";
-	// Two threads at once may both say it, which does no harm.
-	if (said.load(std::memory_order_relaxed)) return;
-	said.store(true, std::memory_order_relaxed);
-	char text[512];
-	xyl_snprintf(text, sizeof(text), not_implemented_text, operation, "zubplatform", line);
-	xyl_output_debug_string(text);
-}
+// The file of the texts for log tools.
+constexpr char not_implemented_file[] = "zubplatform";
 
 } // namespace
 
@@ -66,12 +56,12 @@ bool zubPlatform::decommit_memory(void* p, xylUInt64 size, xylUInt64) {
 
 void* zubPlatform::allocate_direct_memory(xylUInt64, xylUInt64, bool, bool) {
 	static constinit std::atomic<bool> said = false;
-	say_not_implemented(said, "zubPlatform::allocate_direct_memory", 780);
+	say_not_implemented(said, "zubPlatform::allocate_direct_memory", not_implemented_file, 780);
 	return nullptr;
 }
 
 bool zubPlatform::deallocate_direct_memory(void*) {
 	static constinit std::atomic<bool> said = false;
-	say_not_implemented(said, "zubPlatform::deallocate_direct_memory", 871);
+	say_not_implemented(said, "zubPlatform::deallocate_direct_memory", not_implemented_file, 871);
 	return false;
 }

@@ -6,6 +6,8 @@
 #include <cstring> // strlen, for the appends
 #include <string>
 
+class xylFile;
+
 // Text of any length on the library's heap, with a read cursor.
 //
 // Growth: the first storage has the bytes asked for and at least 16; from then on a storage that
@@ -266,6 +268,18 @@ public:
 	//
 	// The tests come in this order: ".word." is a beginning of "word.".
 	static bool matches_filter(const xylVarString& text, const xylVarString& filter);
+
+	// --- Files, which must be open
+
+	// Replaces the text by at most `count` bytes from the file's position on; fewer where the file
+	// ends. 0 means as many as the whole file has, cut to 32 bits; if that is 0 the string stays as
+	// it is. The cursor stays.
+	//
+	// kept: the whole file's size, too, when part of it was read before: the read then just ends
+	// early, in storage that is larger than needed.
+	void read_file(xylFile* file, unsigned int count);
+	// Writes length() bytes, zero bytes included. A failure is not noticed.
+	void write_file(xylFile* file) const;
 
 	// --- For tests
 

@@ -1,0 +1,81 @@
+#include <morvantis/io/xylnative_file.h>
+
+#include <morvantis/io/open_file.h>
+#include <morvantis/platform/system/file.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr xylUInt64 largest_read = 0x1000000;   // 16 MiB
+constexpr xylUInt64 largest_write = 0xFFFFFFFF; // what the system's count can say
+
+os::File_origin origin_of(xylFile_starting_point from) {
+	switch (from) {
+	case xylFile_from_current:
+		return os::File_origin::current;
+	case xylFile_from_end:
+		return os::File_origin::end;
+	default:
+		return os::File_origin::start;
+	}
+}
+
+} // namespace
+
+std::atomic<int> xylNative_file::open_files_count_ = 0;
+
+xylNative_file::xylNative_file(const char* name, int access, int mode) { open(name, access, mode); }
+
+xylNative_file::~xylNative_file() { close(); }
+
+bool xylNative_file::is_valid() const { return handle != os::no_file(); }
+
+bool xylNative_file::open(const char* name, int access, int mode) {
+	handle = os::open_file(final_path(name).char_p(), decode_open_flags(access, mode));
+	if (!is_valid()) return false;
+	++open_files_count_;
+	return true;
+}
+
+bool xylNative_file::close() {
+	if (!is_valid()) return false;
+	--open_files_count_;
+	const bool is_closed = os::close_file(handle);
+	handle = os::no_file();
+	return is_closed;
+}
+
+xylInt64 xylNative_file::set_pointer(xylUInt64 offset, xylFile_starting_point from) {
+	return os::seek_file(handle, offset, origin_of(from));
+}
+
+xylUInt64 xylNative_file::read(void* dst, xylUInt64 size) {
+	char* target = static_cast<char*>(dst);
+	xylUInt64 total = 0;
+	while (total < size) {
+		const xylUInt64 piece = std::min(size - total, largest_read);
+		xylUInt32 count = 0;
+		if (!os::read_file(handle, target + total, static_cast<xylUInt32>(piece), &count)) return 0;
+		if (count == 0) break;
+		total += count;
+	}
+	return total;
+}
+
+xylUInt64 xylNative_file::write(const void* src, xylUInt64 size) {
+	const char* source = static_cast<const char*>(src);
+	xylUInt64 total = 0;
+	while (total < size) {
+		const xylUInt64 piece = std::min(size - total, largest_write);
+		xylUInt32 count = 0;
+		os::write_file(handle, source + total, static_cast<xylUInt32>(piece), &count);
+		total += count;
+	}
+	return total;
+}
+
+xylUInt64 xylNative_file::get_file_size() const {
+	xylUInt64 size = 0;
+	return os::file_size(handle, &size) ? size : ~xylUInt64{0};
+}

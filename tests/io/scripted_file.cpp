@@ -1,0 +1,83 @@
+#include "scripted_file.h"
+
+#include <algorithm>
+#include <cstring>
+
+Scripted_file scripted_file;
+
+namespace {
+
+bool transfer(const void* memory, xylUInt32 size, xylUInt32* transferred) {
+	scripted_file.pieces.push_back({memory, size});
+	Scripted_file::Transfer answer{true, size};
+	if (!scripted_file.transfers.empty()) {
+		answer = scripted_file.transfers.front();
+		scripted_file.transfers.pop_front();
+	}
+	*transferred = answer.count;
+	return answer.succeeds;
+}
+
+} // namespace
+
+void* os::open_file(const char* path, const File_request& request) {
+	scripted_file.path = path;
+	scripted_file.request = request;
+	return scripted_file.handle;
+}
+
+bool os::close_file(void*) {
+	scripted_file.endings += 'c';
+	return scripted_file.closes;
+}
+
+bool os::read_file(void*, void* target, xylUInt32 size, xylUInt32* transferred) {
+	return transfer(target, size, transferred);
+}
+
+bool os::write_file(void*, const void* source, xylUInt32 size, xylUInt32* transferred) {
+	return transfer(source, size, transferred);
+}
+
+xylInt64 os::seek_file(void*, xylUInt64 offset, File_origin origin) {
+	scripted_file.offset = offset;
+	scripted_file.origin = origin;
+	return scripted_file.position;
+}
+
+bool os::file_size(void*, xylUInt64* size) {
+	if (scripted_file.has_size) *size = scripted_file.size;
+	return scripted_file.has_size;
+}
+
+void os::start_overlapped_read(void*, void* overlapped, xylUInt64 offset, void* target,
+                               xylUInt32 size) {
+	const unsigned char* record = static_cast<unsigned char*>(overlapped);
+	scripted_file.record_was_clear =
+		std::all_of(record, record + overlapped_size, [](unsigned char byte) { return byte == 0; });
+	std::memset(overlapped, 0xFF, overlapped_size);
+	scripted_file.offset = offset;
+	scripted_file.pieces.push_back({target, size});
+}
+
+os::Overlapped_state os::query_overlapped(void*, void*, bool wait, xylUInt32* transferred) {
+	scripted_file.waited = wait;
+	*transferred = scripted_file.overlapped_count;
+	return scripted_file.state;
+}
+
+void os::give_up_overlapped_read(void*, void*) { scripted_file.endings += 'g'; }
+
+std::FILE* os::open_stream(const char* path, const char*) {
+	scripted_file.path = path;
+	return nullptr;
+}
+
+std::FILE* os::reopen_stream(const char* path, const char*, std::FILE*) {
+	scripted_file.path = path;
+	return nullptr;
+}
+
+xylInt64 os::tell_stream(std::FILE*) { return static_cast<xylInt64>(scripted_file.size); }
+
+int os::seek_stream(std::FILE*, xylInt64, int) { return 0; }
