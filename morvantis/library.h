@@ -78,3 +78,6 @@
 #include <morvantis/math/xylvec2.h>
 #include <morvantis/math/xylvec3.h>
 #include <morvantis/math/xylvec3d.h>
+
+#include <morvantis/diagnostics/xylcolor.h>
+#include <morvantis/diagnostics/xyldebug_render_records.h>

@@ -2,6 +2,7 @@
 
 #include <morvantis/core/zublibrary_interface.h>
 #include <morvantis/core/zubmessage_interface.h>
+#include <morvantis/diagnostics/xyldebug_render_records.h>
 #include <morvantis/memory/xylheap.h>
 #include <morvantis/net/qonet.h>
 
@@ -29,9 +30,18 @@ void zubLibrary::initialize(zubLibrary_interface* library_interface,
 	library->init_globals();
 }
 
-void zubLibrary::init_globals() {}
+void zubLibrary::init_globals() {
+	xyl_cur_frame_debug_render_objects_ptr =
+		new (xyl_heap_allocate(sizeof(xylDebug_render_records))) xylDebug_render_records;
+}
 
-void zubLibrary::deinit_globals() {}
+void zubLibrary::deinit_globals() {
+	if (xyl_cur_frame_debug_render_objects_ptr) {
+		xyl_cur_frame_debug_render_objects_ptr->~xylDebug_render_records();
+		xyl_heap_free(xyl_cur_frame_debug_render_objects_ptr);
+		xyl_cur_frame_debug_render_objects_ptr = nullptr;
+	}
+}
 
 void zubLibrary::set_message_interface(zubMessage_interface* replacement) {
 	// The block begins at the whole object, of which the interface may be any base.

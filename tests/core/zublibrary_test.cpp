@@ -1,6 +1,7 @@
 #include <morvantis/core/zublibrary.h>
 
 #include <morvantis/core/xylreport.h>
+#include <morvantis/diagnostics/xyldebug_render_records.h>
 #include <morvantis/memory/xylheap.h>
 #include <morvantis/net/qonet.h>
 
@@ -46,7 +47,11 @@ template <typename T> T* make_on_heap() { return new (xyl_heap_allocate(sizeof(T
 // The test program's library object, put back when a test ends.
 class Library_test : public testing::Test {
 protected:
+	// A test begins without global objects, and the program's own come back at its end.
+	void SetUp() override { xyl_cur_frame_debug_render_objects_ptr = nullptr; }
 	void TearDown() override {
+		library_->deinit_globals();
+		xyl_cur_frame_debug_render_objects_ptr = debug_records_;
 		zub_library = library_;
 		Recording_host& host = Recording_host::get();
 		library_->interface_ = &host;
@@ -59,6 +64,7 @@ protected:
 	}
 
 	zubLibrary* const library_ = zub_library;
+	xylDebug_render_records* const debug_records_ = xyl_cur_frame_debug_render_objects_ptr;
 };
 
 } // namespace
@@ -76,7 +82,9 @@ TEST_F(Library_test, InitializeStoresTheInterfacesAndMakesTheNetworkLayer) {
 	ASSERT_NE(second->get_qonet(), nullptr);
 	EXPECT_NE(second->get_qonet(), library_->get_qonet());
 	EXPECT_FALSE(second->get_qonet()->is_initialized);
+	EXPECT_NE(xyl_cur_frame_debug_render_objects_ptr, nullptr);
 	end(second);
+	EXPECT_EQ(xyl_cur_frame_debug_render_objects_ptr, nullptr);
 	EXPECT_EQ(zub_library, second) << "the value stays when the object has ended";
 }
 
@@ -89,10 +97,22 @@ TEST_F(Library_test, InitializeTakesNoMessageInterface) {
 	end(second);
 }
 
-TEST_F(Library_test, GlobalsMayEndTwice) {
-	library_->deinit_globals();
-	library_->deinit_globals();
+// That they are freed, the address sanitizer's leak check sees.
+TEST_F(Library_test, GlobalsLiveFromInitToDeinit) {
 	library_->init_globals();
+	ASSERT_NE(xyl_cur_frame_debug_render_objects_ptr, nullptr);
+	EXPECT_TRUE(xyl_cur_frame_debug_render_objects_ptr->enabled);
+	EXPECT_TRUE(xyl_cur_frame_debug_render_objects_ptr->is_empty());
+	xyl_cur_frame_debug_render_objects_ptr->add_debug_text({0, 0, 0}, "freed too", 0, nullptr, 0);
+	library_->deinit_globals();
+	EXPECT_EQ(xyl_cur_frame_debug_render_objects_ptr, nullptr);
+}
+
+TEST_F(Library_test, GlobalsMayEndTwice) {
+	library_->init_globals();
+	library_->deinit_globals();
+	library_->deinit_globals();
+	EXPECT_EQ(xyl_cur_frame_debug_render_objects_ptr, nullptr);
 }
 
 // That the memory is freed, the address sanitizer's leak check sees.
