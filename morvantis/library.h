@@ -35,6 +35,7 @@
 
 #include <morvantis/platform/zubplatform.h>
 
+#include <morvantis/io/xylbuffer.h>
 #include <morvantis/io/xylfile.h>
 #include <morvantis/io/xylnative_file.h>
 #include <morvantis/io/xylnative_file_async.h>
@@ -69,6 +70,7 @@
 #include <morvantis/math/xylmatrix_frame.h>
 #include <morvantis/math/xylmatrix_frame_d.h>
 #include <morvantis/math/xylobject_bounds_cache.h>
+#include <morvantis/math/xylpackage_serializer.h>
 #include <morvantis/math/xylplane.h>
 #include <morvantis/math/xylquaternion.h>
 #include <morvantis/math/xylray.h>

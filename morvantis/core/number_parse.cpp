@@ -118,6 +118,13 @@ xylInt32 parse_int32(const char* text) {
 	return static_cast<xylInt32>(start.negative ? -value : value);
 }
 
+xylUInt32 parse_uint32(const char* text) {
+	const Start start(text);
+	const Whole_number number = read_digits(start.digits, std::numeric_limits<xylUInt32>::max());
+	const auto value = static_cast<xylUInt32>(number.value);
+	return start.negative && number.fits ? 0 - value : value;
+}
+
 xylUInt64 parse_uint64(const char* text) {
 	const Start start(text);
 	const Whole_number number = read_digits(start.digits, std::numeric_limits<xylUInt64>::max());

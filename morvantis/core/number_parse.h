@@ -11,6 +11,10 @@ namespace number_parse {
 // atoi() where `long` has 32 bits: decimal, and values out of range become the nearest in range.
 xylInt32 parse_int32(const char* text);
 
+// strtoul() in base 10 where `long` has 32 bits: a '-' negates in 32 bits, so "-1" is the greatest
+// value. Digits that don't fit give the greatest value, whatever the sign.
+xylUInt32 parse_uint32(const char* text);
+
 // strtoull() in base 10: a '-' negates in 64 bits, so "-1" is the greatest value. Digits that don't
 // fit give the greatest value, whatever the sign.
 xylUInt64 parse_uint64(const char* text);

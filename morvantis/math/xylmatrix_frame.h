@@ -61,6 +61,15 @@ struct MORVANTIS_API xylMatrix_frame : xylMat3 {
 	static xylMatrix_frame center_frame_of_two_points(const xylVec3& a, const xylVec3& b,
 	                                                  xylVec3 up);
 
+	// s, f, u and origin by xylVec3::read(): twelve numbers; the fourth floats stay as they were.
+	void read(xylBuffer& buffer);
+
+	// `frame` moved in X and Y to a random point of the disc with radius `distance` around its
+	// origin, every part of which is equally likely. Draws twice from xylRandom::global_random_gen
+	// and belongs to the thread that has it; last digits differ between systems.
+	static xylMatrix_frame get_random_frame_with_distance(const xylMatrix_frame& frame,
+	                                                      float distance);
+
 	xylVec3 origin;
 };
 static_assert(sizeof(xylMatrix_frame) == 64);

@@ -6,6 +6,7 @@
 
 #include <iosfwd>
 
+class xylBuffer;
 struct xylVec3d;
 
 // A point, a direction or an extent, moved as one 128-bit unit.
@@ -95,6 +96,10 @@ struct MORVANTIS_API xylVec3 {
 	// Both axes go through normalize(), with its fallback. Outputs may be the inputs.
 	static void perpendicular_axes_in_cartesian_space(const xylVec3& a, const xylVec3& b,
 	                                                  xylVec3& dir, xylVec3& axis1, xylVec3& axis2);
+
+	// x, y and z by xylBuffer::next_float(), each from the token behind the one under the cursor;
+	// the fourth float stays as it was.
+	void read(xylBuffer& buffer);
 
 	alignas(16) float x; // one aligned unit with the other three
 	float y, z;

@@ -48,6 +48,29 @@ TEST(number_parse, ReadsIntegersAndSaturatesAt32Bits) {
 	}
 }
 
+TEST(number_parse, WrapsAMinusSignAndSaturatesAt32Bits) {
+	struct Case {
+		const char* text;
+		xylUInt32 value;
+	};
+	const Case cases[] = {
+		{"0", 0},
+		{"4294967295", 4294967295u},
+		{"4294967296", 4294967295u},
+		{"18446744073709551615", 4294967295u},
+		{"-1", 4294967295u},
+		{"-4294967295", 1},
+		{"-4294967296", 4294967295u},
+		{" +2147483648x", 2147483648u},
+		{"+-5", 0},
+		{"", 0},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.text);
+		EXPECT_EQ(parse_uint32(c.text), c.value);
+	}
+}
+
 TEST(number_parse, WrapsAMinusSignAndSaturatesAt64Bits) {
 	struct Case {
 		const char* text;
