@@ -7,7 +7,11 @@
 #include <cstdint>
 #include <cstring> // memcpy, for the reads and writes
 
+class xylFile;
+class xylNative_file;
+class xylNative_file_async;
 class xylString_base;
+class xylVarString;
 struct xylInt_vec2;
 struct xylMatrix_frame;
 struct xylQuaternion;
@@ -177,6 +181,28 @@ public:
 	// kept: length 0 leaves `out` as it was and doesn't clear it.
 	void read_string(xylString_base& out);
 
+	// --- Files. The files must be open; nothing is reported.
+
+	// Reads `n` bytes to the cursor; 0 is true at once. False, with the cursor where it was, unless
+	// all have arrived.
+	bool read_handle(xylNative_file& file, unsigned int n);
+	// The same, with the cursor left at the start of what was read.
+	bool read_handle_do_not_advance(xylNative_file& file, unsigned int n);
+	// Starts an overlapped read of `n` bytes to the cursor, which stays; the buffer must not change
+	// until the file says that it has ended. kept: true, even when the read could not be started.
+	bool read_handle_do_not_advance_async(xylNative_file_async& file, unsigned int n);
+	// Writes the `n` bytes that lie at the cursor, and advances. False, with the cursor where it
+	// was, unless all were written. kept: tests for room as if the buffer were written to, and a
+	// block that grows loses the very bytes; the room must be above `n`.
+	bool write_handle(xylNative_file& file, unsigned int n);
+	// Writes the first `n` bytes of the block; the cursor stays.
+	bool write_handle_from_beginning(xylNative_file& file, unsigned int n);
+	// Makes room for the whole file and reads from where the file stands to the cursor, which
+	// stays.
+	void read_file(xylFile* file);
+	// Writes the bytes from the start to the cursor.
+	void write_file(xylFile* file);
+
 	// --- Math values. Defined with the math folder, which knows their types.
 
 	void write_vec2(const xylVec2& value);     // 8 bytes
@@ -207,6 +233,18 @@ public:
 	// kept: so the first call skips a token that stands at the very start of the text; that one is
 	// looked at with == or get_ptr(). A text that begins with white space gives its first token
 	// first. Nothing marks the end: the caller must know how many tokens there are.
+
+	// Loads `size` bytes of a text resource to the start of the block and prepares it for the walk:
+	// every byte outside 33 to 127 becomes 0, every comma a dot, and a 0 stands behind the text.
+	// The cursor is at the start.
+	//
+	// `size`  of the file; one of its last 30 bytes must be a separator
+	// `name`  of the file, for the messages
+	// Result  false, with no message, when fewer bytes arrive; and false, with a warning and a
+	//         buffer that is prepared nevertheless, when there was a comma or else a byte that is
+	//         not printable ASCII, tab, line feed, carriage return, blank or 0, of which the last
+	//         one is named.
+	bool trf_read_and_prepare(xylNative_file& file, unsigned int size, const xylVarString& name);
 
 	char* next_string();
 	// As atoi(), atof() and strtoul() of 32 bits read them, in the "C" locale: what follows the
