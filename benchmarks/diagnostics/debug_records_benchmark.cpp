@@ -4,6 +4,8 @@
 #include <morvantis/core/xyltimer.h>
 #include <morvantis/diagnostics/xyldebug_render_records.h>
 
+#include "shapes_step_by_step.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -122,5 +124,55 @@ void merge_memcpy(benchmark::State& state) {
 }
 BENCHMARK(merge_ours)->Name("merge_debug_lines/ours");
 BENCHMARK(merge_memcpy)->Name("merge_debug_lines/memcpy");
+
+// Round shapes beside the very same lines, added one by one. "lines" has them ready and only adds
+// them; "steps" works them out as well, with the runtime's trigonometry for the sphere.
+const xylVec3 apex(1, 2, 3);
+const xylVec3 base(4, 6, 15);
+const xylColor shape_color = xylColor::SOLID_RED;
+
+template <void (*add)(xylDebug_render_records&)> void shape(benchmark::State& state) {
+	xylDebug_render_records records;
+	for (auto _ : state) {
+		records.clear();
+		add(records);
+		benchmark::DoNotOptimize(records.lines.data());
+		benchmark::ClobberMemory();
+	}
+}
+template <void (*add)(xylDebug_render_records&)> void lines_of_shape(benchmark::State& state) {
+	xylDebug_render_records records, ready;
+	add(ready);
+	for (auto _ : state) {
+		records.clear();
+		for (const Debug_line_record& line : ready.lines) {
+			records.add_debug_line(line.start, line.delta, line.color_start, false, line.duration);
+		}
+		benchmark::DoNotOptimize(records.lines.data());
+		benchmark::ClobberMemory();
+	}
+}
+
+void sphere(xylDebug_render_records& r) { r.add_debug_sphere(apex, 2, shape_color, false, 1); }
+void sphere_steps(xylDebug_render_records& r) { step_by_step::add_sphere(r, apex, 2, shape_color); }
+void capsule(xylDebug_render_records& r) {
+	r.add_debug_capsule(apex, base, 2, shape_color, false, 1);
+}
+void capsule_steps(xylDebug_render_records& r) {
+	step_by_step::add_capsule(r, apex, base, 2, 2, 32, shape_color);
+}
+void cone(xylDebug_render_records& r) { r.add_debug_cone(apex, base, 2, shape_color, false, 1); }
+void cone_steps(xylDebug_render_records& r) {
+	step_by_step::add_cone(r, apex, base, 2, shape_color);
+}
+BENCHMARK(shape<sphere>)->Name("debug_sphere/ours");
+BENCHMARK(lines_of_shape<sphere>)->Name("debug_sphere/lines");
+BENCHMARK(shape<sphere_steps>)->Name("debug_sphere/steps");
+BENCHMARK(shape<capsule>)->Name("debug_capsule/ours");
+BENCHMARK(lines_of_shape<capsule>)->Name("debug_capsule/lines");
+BENCHMARK(shape<capsule_steps>)->Name("debug_capsule/steps");
+BENCHMARK(shape<cone>)->Name("debug_cone/ours");
+BENCHMARK(lines_of_shape<cone>)->Name("debug_cone/lines");
+BENCHMARK(shape<cone_steps>)->Name("debug_cone/steps");
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex> // lock_guard
 
 namespace debug_records {
 
@@ -35,6 +36,68 @@ template <typename T, typename Source>
 void append(xylArray<T>& list, const Source& source, size_t count) {
 	make_room(list, count);
 	list.insert(list.end(), source.data(), source.data() + count);
+}
+
+// The lines of one shape, which go into their list by the batch. The lock is held while it lives.
+//
+// What comes out is what add_debug_line() (or, with its limit, add_debug_line_double_color()) would
+// have stored one by one.
+class Line_batch {
+public:
+	Line_batch(xylDebug_render_records& records, bool selector, float duration,
+	           unsigned int limit = xylDebug_render_records::max_lines)
+		: lock_(records.mutex), records_(records), list_(line_list(records, selector)),
+		  limit_(limit), time_stamp_(time_stamp()), duration_(duration) {}
+	~Line_batch() { flush(); }
+	Line_batch(const Line_batch&) = delete;
+	Line_batch& operator=(const Line_batch&) = delete;
+
+	void add(const xylVec3& start, const xylVec3& delta, xylColor color) {
+		add(start, delta, color, color);
+	}
+	void add(const xylVec3& start, const xylVec3& delta, xylColor color_start, xylColor color_end) {
+		if (count_ == capacity) flush();
+		waiting_[count_++] = {start, delta, color_start, color_end, time_stamp_, duration_};
+	}
+	// The line between two points.
+	void connect(const xylVec3& from, const xylVec3& to, xylColor color) {
+		add(from, to - from, color);
+	}
+	// Whether further lines would all be dropped, as the list is full.
+	bool is_full() const { return list_.size() + count_ >= limit_; }
+
+private:
+	static constexpr size_t capacity = 42; // two rows of the sphere, 2 KiB
+
+	void flush() {
+		if (list_.size() < limit_ && is_enabled(records_)) {
+			const size_t room = limit_ - list_.size();
+			make_room(list_, std::min(count_, room));
+			list_.insert(list_.end(), waiting_, waiting_ + std::min(count_, room));
+		}
+		count_ = 0;
+	}
+
+	const std::lock_guard<xylRecursive_mutex> lock_;
+	xylDebug_render_records& records_;
+	xylArray<Debug_line_record>& list_;
+	const size_t limit_;
+	const float time_stamp_;
+	const float duration_;
+	size_t count_ = 0;
+	Debug_line_record waiting_[capacity];
+};
+
+// `axis` is of unit length, the angle given by its cosine and sine. Rodrigues' formula:
+// v·cos + (axis × v)·sin + axis·(axis·v)·(1 − cos), summed from left to right.
+inline xylVec3 rotate_around_axis(const xylVec3& v, const xylVec3& axis, float cosine, float sine) {
+	using namespace xyl_lanes;
+	const __m128 k = with_zero(axis.lanes());
+	const __m128 u = with_zero(v.lanes());
+	const __m128 across = _mm_mul_ps(xyl_lanes::cross(k, u), _mm_set1_ps(sine));
+	const __m128 along = _mm_mul_ss(xyl_lanes::dot(k, u), _mm_set_ss(1.0f - cosine));
+	const __m128 turned = _mm_add_ps(_mm_mul_ps(u, _mm_set1_ps(cosine)), across);
+	return xylVec3::from_lanes(with_marker(_mm_add_ps(turned, _mm_mul_ps(k, splat<0>(along)))));
 }
 
 } // namespace debug_records

@@ -142,6 +142,102 @@ public:
 	void show_framerate(float x, float y, xylColor color, const xylString_base& text,
 	                    float duration);
 
+	// --- Shapes
+	//
+	// Each holds the lock for its whole length, so that a shape stays in one piece, and appends
+	// lines by the rules of add_debug_line() (limit included: a list that fills up cuts the shape
+	// off) and quads by those of add_debug_quad(). Boxes have their corners in the order of
+	// xylBounding_box where nothing else is said. Numbers that aren't finite give records that
+	// aren't; no shape hangs on them.
+
+	// The 12 edges of a box: of eight corners, of the box from `min` to `max`, of the same under a
+	// frame.
+	void add_debug_box_object_with_points(const xylVec3* corners, xylColor color, bool selector,
+	                                      float duration);
+	void add_debug_box_object(const xylVec3& min, const xylVec3& max, xylColor color, bool selector,
+	                          float duration);
+	void add_debug_box_object(const xylVec3& min, const xylVec3& max, xylMatrix_frame frame,
+	                          xylColor color, bool selector, float duration);
+	void add_debug_transformed_box(const xylVec3& min, const xylVec3& max,
+	                               const xylMatrix_frame& frame, xylColor color, bool selector,
+	                               float duration);
+
+	// The 6 faces of a box whose corners stand ring by ring: 0 to 3 round the one end, 4 to 7 round
+	// the other.
+	void add_debug_cube_box_object(const xylVec3* corners, xylColor color);
+	// kept: the corners of `min` and `max` are not handed on in that order, so the faces come out
+	// twisted. add_debug_cube_box_object_from_bb() has right ones.
+	void add_debug_cube_box_object(const xylVec3& min, const xylVec3& max, xylColor color);
+	// The 6 faces of eight corners in the order of xylBounding_box; the dithered ones go to
+	// `quads_dithered`.
+	void add_debug_cube_box_object_from_bb(const xylVec3* corners, xylColor color);
+	void add_debug_cube_box_object_from_bb_dithered(const xylVec3* corners, xylColor color);
+	void add_debug_cube_box_object_dithered(const xylVec3& min, const xylVec3& max, xylColor color);
+
+	// The sides of a triangle, 3 lines, or where `count` is 4 those of a quad with the diagonal
+	// from 0 to 2, 5 lines.
+	void add_debug_quad_wireframe(const xylVec3* corners, int count, xylColor color, bool selector,
+	                              float duration);
+
+	// 231 lines. kept: the first row of meridian pieces starts one step below the pole.
+	void add_debug_sphere(const xylVec3& center, const float& radius, xylColor color, bool selector,
+	                      float duration);
+	// 294 lines round the way from `a` to `b`, which must differ.
+	void add_debug_capsule(const xylVec3& a, const xylVec3& b, const float& radius, xylColor color,
+	                       bool selector, float duration);
+	// 96 lines.
+	void add_debug_capsule_with_two_radius(const xylVec3& a, const xylVec3& b,
+	                                       const float& radius_a, const float& radius_b,
+	                                       xylColor color, bool selector, float duration);
+	// A ring of 10 lines for each 2 units of length, at least one, and 10 spokes. The direction
+	// must not lie in the XY plane: the rings are not finite then. No rings beyond 2^31 of them.
+	void add_debug_cone(const xylVec3& apex, const xylVec3& base, float radius, xylColor color,
+	                    bool selector, float duration);
+	// 12 triangles from `apex` to a rim round `base`, both given in the space of `frame` and round
+	// its local Y axis; `half_angle` in radians. The rim lies on the sphere round the apex. The
+	// last two arguments are not used.
+	void add_debug_cone_solid(const xylVec3& apex, const xylVec3& base, float half_angle,
+	                          xylMatrix_frame frame, xylColor color, bool selector, float duration);
+
+	// One line and the 6 quads of its head. A `delta` of no length gives a head of no size.
+	void add_debug_direction_arrow(const xylVec3& start, const xylVec3& delta, xylColor color,
+	                               bool selector);
+	// The three axes in their colours, `length` times as long as the frame's.
+	void add_debug_frame(const xylMatrix_frame& frame, float length, float duration);
+
+	// Handles for moving things: three cones, three axes, three plane handles of one quad and two
+	// lines. `highlight_axes` and `highlight_planes` have three entries each, of which those that
+	// aren't 0 are drawn in 0xFFD8D8D8; either may be null.
+	void add_debug_coordinate_space(const xylMatrix_frame& frame, float scale, int* highlight_axes,
+	                                int* highlight_planes);
+	// Handles for scaling things: three axes with a cube each, six lines between them. The first of
+	// the six `scale_axes` (s, f, u, s and u, s and f, f and u) that isn't 0 says which axes are
+	// `scale_factor` times as long; `scale_uniform` other than 0 means all of them, and
+	// `scale_axes` isn't read. `highlight_all` other than 0 highlights the three inner lines.
+	// kept: none of the three pointers may be null, unlike above.
+	void add_debug_coordinate_space_scale(const xylMatrix_frame& frame, float scale,
+	                                      int* highlight_axes, int* highlight_planes,
+	                                      int highlight_all, int* scale_axes, int scale_uniform,
+	                                      float scale_factor);
+	// A fan of quads from `from` to `to`, taken to the length `scale`, round the axis `s`, `f` or
+	// `u` of `frame` (mode 1, 2, 3); the two ends as lines alone (mode 4); nothing for any other
+	// mode. The fan ends after a full turn where it never meets `to`, as for directions along the
+	// axis or of no length. The first frame is not used.
+	void add_debug_rotation_area(const xylMatrix_frame& unused_frame, const xylMatrix_frame& frame,
+	                             xylVec3 from, xylVec3 to, float scale, xylColor color, int mode);
+
+	// A grid in the s-f plane of the frame, `half_count` cells to each side, which fades out
+	// towards its border; in the alternate list, by the limit of add_debug_line_double_color().
+	// Nothing for a negative `half_count`; the alpha means nothing for 0.
+	void add_object_space_grid(const xylMatrix_frame& frame, float cell, int half_count,
+	                           xylColor color);
+	// `count` lines in each direction over a square of the plane z = 0; in the alternate list.
+	void add_ground_grid(float size, unsigned int count, xylColor color);
+
+	// Whether `angle` lies on the arc that runs up from `arc_start` to `arc_end`, both ends
+	// included; radians, of any turn. An arc from an angle to itself is a full circle. Any thread.
+	static bool is_angle_on_arc(double angle, double arc_start, double arc_end);
+
 	// --- Data
 
 	xylRecursive_mutex mutex; // guards the lists; a builder may hold it and still add lines
