@@ -9,12 +9,15 @@
 #include <morvantis/core/xylmutex.h>
 #include <morvantis/core/xylrandom.h>
 #include <morvantis/core/xylrandom_generator.h>
+#include <morvantis/core/xylreference_counted_object.h>
 #include <morvantis/core/xylreport.h>
+#include <morvantis/core/xylsimple_game_object.h>
 #include <morvantis/core/xyltimer.h>
 #include <morvantis/core/xyltypes.h>
 #include <morvantis/core/zublibrary.h>
 #include <morvantis/core/zublibrary_interface.h>
 #include <morvantis/core/zubmessage_interface.h>
+#include <morvantis/core/zubobject.h>
 
 #include <morvantis/memory/eastl_config.h>
 #include <morvantis/memory/xylarray.h>

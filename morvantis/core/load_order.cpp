@@ -1,8 +1,13 @@
 // Every object that static initialisation creates, in one list from first to last. Nothing else in
 // the library has a dynamic initialiser; the heap's own start-up comes behind this list.
 
+#include <morvantis/core/xylreference_counted_object.h>
 #include <morvantis/memory/xylmemory_allocator_globals.h>
 #include <morvantis/net/bit_buffer_manager.h>
+
+// The first type, number 0. Uses the run-time's heap only, as the library's has not started yet.
+int xylReference_counted_object::class_xylReference_counted_object_type_id_ =
+	genereate_new_type_id("xylReference_counted_object");
 
 // Its 16 MiB of zeros are the program image's: clearing them costs nothing at load, and pages are
 // taken from the system as they are first written to. (clang stops evaluating a constant of this
