@@ -40,8 +40,20 @@
 
 #include <morvantis/io/xylbuffer.h>
 #include <morvantis/io/xylfile.h>
+#include <morvantis/io/xylinput_binary_file_stream.h>
+#include <morvantis/io/xylinput_text_file_stream.h>
+#include <morvantis/io/xylio_binary_stream.h>
+#include <morvantis/io/xylio_input_binary_file_stream.h>
+#include <morvantis/io/xylio_input_text_file_stream.h>
+#include <morvantis/io/xylio_output_binary_file_stream.h>
+#include <morvantis/io/xylio_output_text_file_stream.h>
+#include <morvantis/io/xylio_stream.h>
+#include <morvantis/io/xylio_text_stream.h>
 #include <morvantis/io/xylnative_file.h>
 #include <morvantis/io/xylnative_file_async.h>
+#include <morvantis/io/xyloutput_binary_file_stream.h>
+#include <morvantis/io/xyloutput_binary_file_stream_auto_flush.h>
+#include <morvantis/io/xyloutput_text_file_stream.h>
 #include <morvantis/io/zubdeserializable_interface.h>
 #include <morvantis/io/zubreader_interface.h>
 #include <morvantis/io/zubserializable_interface.h>

@@ -3,6 +3,8 @@
 
 #include <morvantis/core/xyltypes.h> // xylInt64, MORVANTIS_API
 
+class xylIO_Stream;
+
 // Measures how much of one of the host's clocks has gone by.
 //
 // The clocks never run by themselves: each moves only by what the host passes to tick(), so a
@@ -82,6 +84,10 @@ public:
 	// The total at which the timer reads 0; with it a timer can be stored and restored.
 	xylInt64 get_state() const { return state; }
 	void set_state(xylInt64 s) { state = s; }
+	// The same by way of a stream's operators for 64 bits with a sign; the clock's number isn't
+	// stored.
+	void save_state(xylIO_Stream& s) const;
+	void load_state(xylIO_Stream& s);
 
 	static float delta_time__[num_timers__];     // seconds of each clock's last tick, as passed
 	static xylInt64 delta_ticks__[num_timers__]; // units of each clock's last tick

@@ -3,12 +3,14 @@
 #include <morvantis/core/zublibrary_interface.h>
 #include <morvantis/core/zubmessage_interface.h>
 #include <morvantis/diagnostics/xyldebug_render_records.h>
+#include <morvantis/io/xylio_text_stream.h>
 #include <morvantis/memory/xylheap.h>
 #include <morvantis/net/qonet.h>
 
 #include <new>
 
 zubLibrary* zub_library = nullptr;
+xylIO_text_stream* xyl_debug_ptr = nullptr;
 bool is_final_cleanup_active_ = false;
 
 zubLibrary::zubLibrary() : qonet_(new(xyl_heap_allocate(sizeof(QoNet))) QoNet) {}
@@ -33,6 +35,7 @@ void zubLibrary::initialize(zubLibrary_interface* library_interface,
 void zubLibrary::init_globals() {
 	xyl_cur_frame_debug_render_objects_ptr =
 		new (xyl_heap_allocate(sizeof(xylDebug_render_records))) xylDebug_render_records;
+	xyl_debug_ptr = new (xyl_heap_allocate(sizeof(xylIO_text_stream))) xylIO_text_stream;
 }
 
 void zubLibrary::deinit_globals() {
@@ -40,6 +43,12 @@ void zubLibrary::deinit_globals() {
 		xyl_cur_frame_debug_render_objects_ptr->~xylDebug_render_records();
 		xyl_heap_free(xyl_cur_frame_debug_render_objects_ptr);
 		xyl_cur_frame_debug_render_objects_ptr = nullptr;
+	}
+	if (xyl_debug_ptr) {
+		void* const block = dynamic_cast<void*>(xyl_debug_ptr); // the host may have put its own there
+		xyl_debug_ptr->~xylIO_text_stream();
+		xyl_heap_free(block);
+		xyl_debug_ptr = nullptr;
 	}
 }
 

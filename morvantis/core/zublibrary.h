@@ -4,6 +4,7 @@
 #include <morvantis/core/xyltypes.h> // MORVANTIS_API
 
 class QoNet;
+class xylIO_text_stream;
 class xylReference_counted_object;
 class zubLibrary_interface;
 class zubMessage_interface;
@@ -68,6 +69,10 @@ public:
 
 // The one library object: null until zubLibrary::initialize(), never reset.
 extern MORVANTIS_API zubLibrary* zub_library;
+
+// A text stream for the host's debug output, which nothing in the library writes to: made by
+// init_globals(), ended by deinit_globals(), null before and after. It has no file.
+extern MORVANTIS_API xylIO_text_stream* xyl_debug_ptr;
 
 // The host's own flag, clear at load: the library neither reads nor writes it.
 extern MORVANTIS_API bool is_final_cleanup_active_;

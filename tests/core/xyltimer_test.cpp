@@ -1,5 +1,8 @@
 #include <morvantis/core/xyltimer.h>
 
+#include <morvantis/io/xylio_binary_stream.h>
+#include <morvantis/io/xylio_text_stream.h>
+
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -182,6 +185,24 @@ TEST_F(Timer_test, UnitsBecomeSecondsByAFloatProduct) {
 TEST_F(Timer_test, ManySmallTicksAddUpExactly) {
 	for (int i = 0; i < 100000; ++i) xylTimer::tick(tactical, 1e-5f);
 	EXPECT_EQ(xylTimer::get_global_time_units(tactical), 100000);
+}
+
+TEST_F(Timer_test, StateGoesThroughStreamsAs64Bits) {
+	xylTimer timer(real);
+	timer.set_state(-0x123456789);
+	xylIO_binary_stream binary;
+	timer.save_state(binary);
+	EXPECT_EQ(binary.buffer.length(), 8);
+	xylIO_text_stream text;
+	timer.save_state(text);
+	EXPECT_TRUE(text.buffer == "-4886718345");
+	xylTimer other(tactical);
+	other.load_state(binary);
+	EXPECT_EQ(other.get_state(), -0x123456789);
+	EXPECT_EQ(other.timer_no, tactical);
+	other.set_state(0);
+	other.load_state(text);
+	EXPECT_EQ(other.get_state(), -0x123456789);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <morvantis/core/xylreport.h>
 #include <morvantis/diagnostics/xyldebug_render_records.h>
+#include <morvantis/io/xylio_text_stream.h>
 #include <morvantis/memory/xylheap.h>
 #include <morvantis/net/qonet.h>
 
@@ -48,10 +49,14 @@ template <typename T> T* make_on_heap() { return new (xyl_heap_allocate(sizeof(T
 class Library_test : public testing::Test {
 protected:
 	// A test begins without global objects, and the program's own come back at its end.
-	void SetUp() override { xyl_cur_frame_debug_render_objects_ptr = nullptr; }
+	void SetUp() override {
+		xyl_cur_frame_debug_render_objects_ptr = nullptr;
+		xyl_debug_ptr = nullptr;
+	}
 	void TearDown() override {
 		library_->deinit_globals();
 		xyl_cur_frame_debug_render_objects_ptr = debug_records_;
+		xyl_debug_ptr = debug_stream_;
 		zub_library = library_;
 		Recording_host& host = Recording_host::get();
 		library_->interface_ = &host;
@@ -65,6 +70,7 @@ protected:
 
 	zubLibrary* const library_ = zub_library;
 	xylDebug_render_records* const debug_records_ = xyl_cur_frame_debug_render_objects_ptr;
+	xylIO_text_stream* const debug_stream_ = xyl_debug_ptr;
 };
 
 } // namespace
@@ -83,8 +89,10 @@ TEST_F(Library_test, InitializeStoresTheInterfacesAndMakesTheNetworkLayer) {
 	EXPECT_NE(second->get_qonet(), library_->get_qonet());
 	EXPECT_FALSE(second->get_qonet()->is_initialized);
 	EXPECT_NE(xyl_cur_frame_debug_render_objects_ptr, nullptr);
+	EXPECT_NE(xyl_debug_ptr, nullptr);
 	end(second);
 	EXPECT_EQ(xyl_cur_frame_debug_render_objects_ptr, nullptr);
+	EXPECT_EQ(xyl_debug_ptr, nullptr);
 	EXPECT_EQ(zub_library, second) << "the value stays when the object has ended";
 }
 
@@ -104,8 +112,12 @@ TEST_F(Library_test, GlobalsLiveFromInitToDeinit) {
 	EXPECT_TRUE(xyl_cur_frame_debug_render_objects_ptr->enabled);
 	EXPECT_TRUE(xyl_cur_frame_debug_render_objects_ptr->is_empty());
 	xyl_cur_frame_debug_render_objects_ptr->add_debug_text({0, 0, 0}, "freed too", 0, nullptr, 0);
+	ASSERT_NE(xyl_debug_ptr, nullptr);
+	*xyl_debug_ptr << "freed too, as it is longer than nothing";
+	EXPECT_TRUE(xyl_debug_ptr->get_name().is_empty());
 	library_->deinit_globals();
 	EXPECT_EQ(xyl_cur_frame_debug_render_objects_ptr, nullptr);
+	EXPECT_EQ(xyl_debug_ptr, nullptr);
 }
 
 TEST_F(Library_test, GlobalsMayEndTwice) {
@@ -113,6 +125,25 @@ TEST_F(Library_test, GlobalsMayEndTwice) {
 	library_->deinit_globals();
 	library_->deinit_globals();
 	EXPECT_EQ(xyl_cur_frame_debug_render_objects_ptr, nullptr);
+	EXPECT_EQ(xyl_debug_ptr, nullptr);
+}
+
+TEST_F(Library_test, StreamOfTheHostsOwnEndsAtItsWholeObject) {
+	struct Front {
+		virtual ~Front() = default;
+	};
+	struct Host_stream : Front, xylIO_text_stream {
+		~Host_stream() override { ++ended; }
+		static int& counter() {
+			static int count = 0;
+			return count;
+		}
+		int& ended = counter();
+	};
+	xyl_debug_ptr = make_on_heap<Host_stream>();
+	library_->deinit_globals();
+	EXPECT_EQ(Host_stream::counter(), 1);
+	EXPECT_EQ(xyl_debug_ptr, nullptr);
 }
 
 // That the memory is freed, the address sanitizer's leak check sees.

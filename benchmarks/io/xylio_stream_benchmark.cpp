@@ -1,0 +1,172 @@
+// Values through streams by their virtual operators, beside what the standard library does for the
+// same bytes.
+
+#include <morvantis/io/xylinput_binary_file_stream.h>
+#include <morvantis/io/xylio_binary_stream.h>
+#include <morvantis/io/xylio_text_stream.h>
+
+#include <benchmark/benchmark.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int count = 1024;
+
+// Values of all lengths, as many decimal digits as often as another number of them.
+template <typename Number> const std::vector<Number>& numbers() {
+	static const std::vector<Number> all = [] {
+		std::mt19937_64 random(2);
+		std::vector<Number> values(count);
+		for (Number& value : values) {
+			if constexpr (std::is_floating_point_v<Number>) {
+				value = static_cast<Number>((static_cast<double>(random()) / 1.8e19 - 0.5) *
+				                            static_cast<double>(1ull << random() % 32));
+			} else {
+				value = static_cast<Number>(random()) >> random() % (sizeof(Number) * CHAR_BIT);
+			}
+		}
+		return values;
+	}();
+	return all;
+}
+
+int format(char* text, size_t size, int value) { return std::snprintf(text, size, "%d", value); }
+int format(char* text, size_t size, long long v) { return std::snprintf(text, size, "%lld", v); }
+int format(char* text, size_t size, double v) { return std::snprintf(text, size, "%f ", v); }
+int format(char* text, size_t size, float value) {
+	return format(text, size, static_cast<double>(value));
+}
+
+// A call that the compiler can't see through.
+template <typename Stream> Stream& hidden(Stream& stream) {
+	Stream* address = &stream;
+	benchmark::DoNotOptimize(address);
+	return *address;
+}
+
+template <typename Number> void text_out_ours(benchmark::State& state) {
+	xylIO_text_stream stream;
+	for (auto _ : state) {
+		stream.clear();
+		xylIO_text_stream& out = hidden(stream);
+		for (const Number value : numbers<Number>()) out << value;
+		benchmark::DoNotOptimize(stream.buffer.char_p());
+	}
+}
+
+// Formatting alone, without a place where it goes.
+template <typename Number> void text_out_snprintf(benchmark::State& state) {
+	char text[400];
+	for (auto _ : state) {
+		for (const Number value : numbers<Number>()) {
+			format(text, sizeof(text), value);
+			benchmark::DoNotOptimize(text);
+		}
+	}
+}
+BENCHMARK(text_out_ours<int>)->Name("text_stream_out/int/ours");
+BENCHMARK(text_out_snprintf<int>)->Name("text_stream_out/int/snprintf");
+BENCHMARK(text_out_ours<long long>)->Name("text_stream_out/int64/ours");
+BENCHMARK(text_out_snprintf<long long>)->Name("text_stream_out/int64/snprintf");
+BENCHMARK(text_out_ours<float>)->Name("text_stream_out/float/ours");
+BENCHMARK(text_out_snprintf<float>)->Name("text_stream_out/float/snprintf");
+BENCHMARK(text_out_ours<double>)->Name("text_stream_out/double/ours");
+BENCHMARK(text_out_snprintf<double>)->Name("text_stream_out/double/snprintf");
+
+template <typename Number> void text_in_ours(benchmark::State& state) {
+	xylIO_text_stream stream;
+	for (const Number value : numbers<Number>()) stream << value << " ";
+	for (auto _ : state) {
+		stream.reset_to_buffer_start();
+		xylIO_text_stream& in = hidden(stream);
+		Number value;
+		for (int i = 0; i < count; ++i) {
+			in >> value;
+			benchmark::DoNotOptimize(value);
+		}
+	}
+}
+
+// Conversion of tokens that stand ready.
+template <typename Number, auto convert> void text_in_c(benchmark::State& state) {
+	std::vector<std::string> tokens;
+	char text[400];
+	for (const Number value : numbers<Number>()) {
+		format(text, sizeof(text), value);
+		tokens.emplace_back(text);
+	}
+	for (auto _ : state) {
+		for (const std::string& token : tokens) benchmark::DoNotOptimize(convert(token.c_str()));
+	}
+}
+constexpr auto by_atof = [](const char* text) { return static_cast<float>(std::atof(text)); };
+constexpr auto by_strtoul = [](const char* text) { return std::strtoul(text, nullptr, 10); };
+BENCHMARK(text_in_ours<float>)->Name("text_stream_in/float/ours");
+BENCHMARK(text_in_c<float, by_atof>)->Name("text_stream_in/float/atof");
+BENCHMARK(text_in_ours<int>)->Name("text_stream_in/int/ours");
+BENCHMARK(text_in_c<int, by_strtoul>)->Name("text_stream_in/int/strtoul");
+
+void binary_out_ours(benchmark::State& state) {
+	xylIO_binary_stream stream;
+	for (auto _ : state) {
+		stream.clear();
+		xylIO_Stream& out = hidden(static_cast<xylIO_Stream&>(stream));
+		for (const int value : numbers<int>()) out << value;
+		benchmark::DoNotOptimize(stream.buffer.char_p());
+	}
+}
+void binary_out_ostringstream(benchmark::State& state) {
+	std::ostringstream stream;
+	for (auto _ : state) {
+		stream.seekp(0);
+		std::ostream& out = hidden(static_cast<std::ostream&>(stream));
+		for (const int value : numbers<int>()) {
+			out.write(reinterpret_cast<const char*>(&value), sizeof(value));
+		}
+	}
+}
+BENCHMARK(binary_out_ours)->Name("binary_stream_out/ours");
+BENCHMARK(binary_out_ostringstream)->Name("binary_stream_out/ostringstream");
+
+// A file of 4 MiB in the system's cache.
+const std::string& file_path() {
+	static const std::string path = [] {
+		const auto file = std::filesystem::temp_directory_path() / "morvantis_stream_benchmark";
+		std::ofstream(file, std::ios::binary) << std::string(4 << 20, 'x');
+		return file.string();
+	}();
+	return path;
+}
+void whole_file_ours(benchmark::State& state) {
+	for (auto _ : state) {
+		xylInput_binary_file_stream stream;
+		stream.try_open(file_path().c_str());
+		benchmark::DoNotOptimize(stream.buffer.char_p());
+	}
+}
+void whole_file_fread(benchmark::State& state) {
+	for (auto _ : state) {
+		std::FILE* file = std::fopen(file_path().c_str(), "rb");
+		std::fseek(file, 0, SEEK_END);
+		const auto size = static_cast<size_t>(std::ftell(file));
+		std::rewind(file);
+		char* bytes = static_cast<char*>(std::malloc(size + 1));
+		benchmark::DoNotOptimize(std::fread(bytes, 1, size, file));
+		std::fclose(file);
+		std::free(bytes);
+	}
+}
+BENCHMARK(whole_file_ours)->Name("whole_file_in/ours");
+BENCHMARK(whole_file_fread)->Name("whole_file_in/fread");
+
+} // namespace

@@ -1,0 +1,98 @@
+// The readers of a text stream in any order over any bytes: nothing may be read outside, each must
+// move on, and what is read must be the same a second time.
+
+#include <morvantis/core/zublibrary.h>
+#include <morvantis/core/zublibrary_interface.h>
+#include <morvantis/io/xylio_text_stream.h>
+#include <morvantis/math/xylint_vec3.h>
+#include <morvantis/math/xylquaternion.h>
+#include <morvantis/strings/xylconststring.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+// The end of the data is reported, and goes on with empty tokens.
+class Silent_host : public zubLibrary_interface {
+public:
+	void error(const char*, int) override {}
+	void warning(const char*, int) override {}
+	void content_warning(const char*, int) override {}
+	void failed_assert(const char*, int, const char*, bool, bool) override {}
+	void simple_assert(const char*, int, const char*) override {}
+	void log(const char*) override {}
+	bool get_assert_on_exceptions() override { return false; }
+	bool get_enable_deterministic_mode() override { return false; }
+	bool get_disable_gui_messages() override { return true; }
+	bool delete_later_queue_has_element(xylReference_counted_object*) override { return false; }
+	void add_delete_later_queue(xylReference_counted_object*) override {}
+};
+
+void require(bool holds) {
+	if (!holds) std::abort();
+}
+
+template <typename Value> void read_twice(xylIO_text_stream& stream) {
+	const int start = stream.buffer.get_cursor_position();
+	Value first{};
+	stream >> first;
+	const int end = stream.buffer.get_cursor_position();
+	require(end >= start);
+	stream.buffer.reset_cursor(start);
+	Value second{};
+	stream >> second;
+	require(stream.buffer.get_cursor_position() == end);
+	if constexpr (requires { first == second; }) {
+		require(first == second || first != first); // a NaN
+	} else {
+		require(std::memcmp(&first, &second, sizeof(first)) == 0);
+	}
+}
+
+void read_stream(xylIO_text_stream& stream) {
+	xylIO_text_stream target;
+	stream >> target;
+	require(target.buffer.is_valid());
+}
+
+void (*const readers[])(xylIO_text_stream&) = {
+	read_twice<char>,
+	read_twice<unsigned char>,
+	read_twice<short>,
+	read_twice<unsigned short>,
+	read_twice<int>,
+	read_twice<unsigned int>,
+	read_twice<xylInt64>,
+	read_twice<xylUInt64>,
+	read_twice<bool>,
+	read_twice<float>,
+	read_twice<double>,
+	read_twice<xylVarString>,
+	read_twice<xylConstString<64>>,
+	read_twice<xylInt_vec3>,
+	read_twice<xylQuaternion>,
+	read_stream,
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+	static Silent_host host;
+	zubLibrary::initialize(&host, nullptr);
+	return 0;
+}
+
+// The first byte tells how many of those that follow choose a reader; the rest is the text.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+	if (size == 0) return 0;
+	const char* bytes = reinterpret_cast<const char*>(data) + 1;
+	const int count = static_cast<int>(size) - 1;
+	const int choices = data[0] < count ? data[0] : count;
+	xylIO_text_stream stream;
+	stream.buffer.push_back(bytes + choices, static_cast<unsigned int>(count - choices));
+	for (int i = 0; i < choices; ++i) readers[data[1 + i] % std::size(readers)](stream);
+	return 0;
+}

@@ -1,0 +1,17 @@
+// Binary input from a file, without the operators of output that are used most.
+#pragma once
+
+#include <morvantis/io/xylio_input_binary_file_stream.h>
+
+// kept: the hidden operators do nothing, also when called through xylIO_Stream; the other ones of
+// output still append to the buffer.
+class MORVANTIS_API xylInput_binary_file_stream : public xylIO_Input_binary_file_stream {
+public:
+	using xylIO_Input_binary_file_stream::operator<<;
+
+private:
+	xylIO_Stream& operator<<(const xylString_base&) override;
+	xylIO_Stream& operator<<(const xylStream_manip&) override;
+	xylIO_Stream& operator<<(float) override;
+	xylIO_Stream& operator<<(bool) override;
+};

@@ -1,0 +1,24 @@
+// Text output to a file, without the operators of input that are used most.
+#pragma once
+
+#include <morvantis/io/xylio_output_text_file_stream.h>
+
+// kept: the hidden operators do nothing, also when called through xylIO_Stream; the other ones of
+// input still read the buffer.
+class MORVANTIS_API xylOutput_text_file_stream : public xylIO_Output_text_file_stream {
+public:
+	using xylIO_Output_text_file_stream::operator>>;
+
+private:
+	xylIO_Stream& operator>>(char&) override;
+	xylIO_Stream& operator>>(short&) override;
+	xylIO_Stream& operator>>(unsigned short&) override;
+	xylIO_Stream& operator>>(int&) override;
+	xylIO_Stream& operator>>(unsigned int&) override;
+	xylIO_Stream& operator>>(float&) override;
+	xylIO_Stream& operator>>(xylVarString&) override;
+	xylIO_Stream& operator>>(xylInt64&) override;
+	xylIO_Stream& operator>>(xylUInt64&) override;
+	xylIO_Stream& operator>>(bool&) override;
+	xylIO_Stream& operator>>(const xylStream_manip&) override;
+};

@@ -1,0 +1,126 @@
+// Golden files: every form of the binary and the text streams, read and written alike by both
+// systems. Text files differ in their line ends alone, which the run-time translates.
+
+#include <morvantis/io/xylinput_binary_file_stream.h>
+#include <morvantis/io/xylinput_text_file_stream.h>
+#include <morvantis/io/xyloutput_binary_file_stream.h>
+#include <morvantis/io/xyloutput_text_file_stream.h>
+#include <morvantis/math/xylint_vec3.h>
+#include <morvantis/math/xylquaternion.h>
+
+#include "file_stream_trials.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace {
+
+constexpr char binary_path[] = MORVANTIS_TEST_DATA "/golden/binary_stream.bin";
+constexpr char text_path[] = MORVANTIS_TEST_DATA "/golden/text_stream.txt";
+
+void write_values(xylIO_binary_stream& stream) {
+	stream << 'c';
+	stream << static_cast<unsigned char>(200) << true << static_cast<short>(-300)
+		   << static_cast<unsigned short>(50000) << -70000 << 4000000000u << 0.1f
+		   << xylInt64{LLONG_MIN} << xylUInt64{ULLONG_MAX} << xylQuaternion(1, 2, 3, 4) << "text"
+		   << xylVarString("a\0b", 3) << xylIO_binary_stream("xyz", 3);
+}
+
+void write_values(xylIO_text_stream& stream) {
+	stream << 'c';
+	stream << " " << static_cast<unsigned char>(200) << " " << true << static_cast<short>(-300)
+		   << " " << static_cast<unsigned short>(50000) << "\n"
+		   << -70000 << " " << 4000000000u << " " << 0.1f;
+	stream << 0.1;
+	stream << xylInt64{LLONG_MIN} << " " << xylUInt64{ULLONG_MAX} << "\n"
+		   << xylQuaternion(1, 2, 3, 4) << "\"two words\"\n";
+	stream << xylInt_vec3(1, -2, 3);
+	stream << xylIO_binary_stream("xyz", 3) << "\n";
+}
+
+} // namespace
+
+TEST(Stream_golden, BinaryFileIsWrittenByteForByte) {
+	const Temporary_folder folder;
+	const std::string path = folder / "out";
+	xylOutput_binary_file_stream stream;
+	ASSERT_EQ(stream.open(path.c_str()), 0);
+	write_values(stream);
+	ASSERT_EQ(stream.close(), 1);
+	EXPECT_EQ(content_of(path), content_of(binary_path));
+}
+
+TEST(Stream_golden, BinaryFileIsReadBack) {
+	xylInput_binary_file_stream stream;
+	ASSERT_TRUE(stream.try_open(binary_path));
+	xylIO_binary_stream expected;
+	write_values(expected);
+	EXPECT_EQ(data_of(stream), data_of(expected));
+	char c = 0;
+	unsigned char byte = 0;
+	bool flag = false;
+	short small = 0;
+	unsigned short unsigned_small = 0;
+	int number = 0;
+	unsigned int unsigned_number = 0;
+	float real = 0;
+	xylInt64 wide = 0;
+	xylUInt64 unsigned_wide = 0;
+	xylQuaternion q{};
+	xylVarString text, bytes;
+	xylIO_binary_stream inner;
+	stream >> c >> byte >> flag >> small >> unsigned_small >> number >> unsigned_number >> real >>
+		wide >> unsigned_wide >> q >> text >> bytes >> inner;
+	EXPECT_TRUE(c == 'c' && byte == 200 && flag && small == -300 && unsigned_small == 50000);
+	EXPECT_TRUE(number == -70000 && unsigned_number == 4000000000u && real == 0.1f);
+	EXPECT_TRUE(wide == LLONG_MIN && unsigned_wide == ULLONG_MAX);
+	EXPECT_TRUE(q.w == 1 && q.x == 2 && q.y == 3 && q.z == 4);
+	EXPECT_TRUE(text == "text" && bytes.length() == 3);
+	EXPECT_EQ(data_of(inner), "xyz");
+	EXPECT_TRUE(stream.eof());
+}
+
+TEST(Stream_golden, TextFileIsWrittenByteForByteButForLineEnds) {
+	const Temporary_folder folder;
+	const std::string path = folder / "out";
+	xylOutput_text_file_stream stream;
+	ASSERT_EQ(stream.open(path.c_str(), false), 0);
+	write_values(stream);
+	ASSERT_EQ(stream.close(), 1);
+	std::string written = content_of(path);
+	std::erase(written, '\r');
+	EXPECT_EQ(written, content_of(text_path));
+}
+
+TEST(Stream_golden, TextFileIsReadBack) {
+	xylInput_text_file_stream stream;
+	ASSERT_TRUE(stream.try_open(text_path));
+	xylIO_text_stream expected;
+	write_values(expected);
+	EXPECT_EQ(data_of(stream), data_of(expected));
+	char c = 0;
+	unsigned char byte = 0;
+	bool flag = false;
+	short small = 0;
+	unsigned short unsigned_small = 0;
+	int number = 0;
+	unsigned int unsigned_number = 0;
+	float real = 0, again = 0;
+	xylInt64 wide = 0;
+	xylUInt64 unsigned_wide = 0;
+	xylQuaternion q{};
+	xylVarString text;
+	stream >> c >> byte >> flag >> small >> unsigned_small >> number >> unsigned_number >> real >>
+		again >> wide >> unsigned_wide >> q >> text;
+	xylInt_vec3 v(0, 0, 0);
+	static_cast<xylIO_text_stream&>(stream) >> v;
+	EXPECT_TRUE(c == 'c' && byte == 200 && flag && small == -300 && unsigned_small == 50000);
+	EXPECT_TRUE(number == -70000 && real == 0.1f && again == 0.1f);
+	EXPECT_EQ(unsigned_number, 4000000000u) << "by way of -294967296";
+	EXPECT_TRUE(wide == LLONG_MIN && unsigned_wide == ULLONG_MAX);
+	EXPECT_TRUE(q.w == 1 && q.x == 2 && q.y == 3 && q.z == 4);
+	EXPECT_TRUE(text == "two words");
+	EXPECT_EQ(v, xylInt_vec3(1, -2, 3));
+	stream >> text;
+	EXPECT_TRUE(text == "3xyz");
+}
