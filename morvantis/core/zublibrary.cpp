@@ -45,7 +45,8 @@ void zubLibrary::deinit_globals() {
 		xyl_cur_frame_debug_render_objects_ptr = nullptr;
 	}
 	if (xyl_debug_ptr) {
-		void* const block = dynamic_cast<void*>(xyl_debug_ptr); // the host may have put its own there
+		void* const block =
+			dynamic_cast<void*>(xyl_debug_ptr); // the host may have put its own there
 		xyl_debug_ptr->~xylIO_text_stream();
 		xyl_heap_free(block);
 		xyl_debug_ptr = nullptr;

@@ -65,8 +65,8 @@ struct MORVANTIS_API xylBounding_box {
 	static bool obb_inside_obb(const xylBounding_box& a, const xylMatrix_frame& frame_a,
 	                           const xylBounding_box& b, const xylMatrix_frame& frame_b);
 
-	// The stored form, 52 bytes at the buffer's cursor: x, y, z and 1 of the three vectors, then the
-	// radius. Reading tests nothing and takes the fourth floats as they stand.
+	// The stored form, 52 bytes at the buffer's cursor: x, y, z and 1 of the three vectors, then
+	// the radius. Reading tests nothing and takes the fourth floats as they stand.
 	void write_data(xylBuffer& buffer) const;
 	void read_data(xylBuffer& buffer);
 

@@ -19,8 +19,8 @@ struct MORVANTIS_API xylPlane {
 	// All six components differ by strictly less than `eps`; NaN is near nothing.
 	bool nearly_equals(const xylPlane& other, float eps) const;
 
-	// The stored form, 32 bytes at the buffer's cursor: x, y, z and 1 of both vectors. Reading tests
-	// nothing and takes the fourth floats as they stand.
+	// The stored form, 32 bytes at the buffer's cursor: x, y, z and 1 of both vectors. Reading
+	// tests nothing and takes the fourth floats as they stand.
 	void write_data(xylBuffer& buffer) const;
 	void read_data(xylBuffer& buffer);
 

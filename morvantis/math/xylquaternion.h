@@ -56,7 +56,8 @@ struct MORVANTIS_API xylQuaternion {
 	// it NaN.
 	static xylQuaternion quaternion_look_at(const xylVec3& dir);
 
-	// x, y, z and w by xylBuffer::next_float(), each from the token behind the one under the cursor.
+	// x, y, z and w by xylBuffer::next_float(), each from the token behind the one under the
+	// cursor.
 	void read(xylBuffer& buffer);
 	// The stored form: x, y, z, w as four floats, 16 bytes at the buffer's cursor. kept: other than
 	// xylBuffer::write_quaternion(). Reading tests nothing.
