@@ -25,23 +25,15 @@ void xylReference_counted_object::add_reference() const {
 	const_cast<xylReference_counted_object*>(this)->add_reference();
 }
 
-void xylReference_counted_object::add_reference() { ++reference_count_; }
-
 int xylReference_counted_object::release_reference() const {
 	return const_cast<xylReference_counted_object*>(this)->release_reference();
 }
 
-int xylReference_counted_object::release_reference() {
-	const unsigned int left = --reference_count_;
-	if (left != 0) return static_cast<int>(left);
-	if (should_delete_instantly()) {
-		void* const memory = dynamic_cast<void*>(this); // of the most derived object
-		this->~xylReference_counted_object();
-		xyl_heap_free(memory);
-	} else {
-		zub_library->add_delete_later_queue(this);
-	}
-	return 0;
+void xylReference_counted_object::end() {
+	if (!should_delete_instantly()) return zub_library->add_delete_later_queue(this);
+	void* const memory = dynamic_cast<void*>(this); // of the most derived object
+	this->~xylReference_counted_object();
+	xyl_heap_free(memory);
 }
 
 bool xylReference_counted_object::should_be_deleted_this_frame_at_delete_later() const {

@@ -27,7 +27,7 @@ public:
 
 	// Takes a reference. The const form calls the other.
 	virtual void add_reference() const;
-	virtual void add_reference();
+	virtual void add_reference() { ++reference_count_; }
 	// Releases a reference and returns how many are left; with 0 the object is ended, or the
 	// host's, and must not be touched. The const form calls the other.
 	//
@@ -35,7 +35,11 @@ public:
 	// add_delete_later_queue() then has the object, on whatever thread this is.
 	// kept: nobody sees a release too many; the count wraps, and the object stays for ever.
 	virtual int release_reference() const;
-	virtual int release_reference();
+	virtual int release_reference() {
+		const unsigned int left = --reference_count_;
+		if (left == 0) end();
+		return static_cast<int>(left);
+	}
 
 	// Questions of the host, which the library doesn't ask.
 	virtual bool should_be_deleted_this_frame_at_delete_later() const; // true
@@ -60,4 +64,7 @@ public:
 protected:
 	// Whether the last release ends the object at once (true) or hands it to the host.
 	virtual bool should_delete_instantly();
+
+private:
+	void end(); // deletes the object or hands it to the host
 };
