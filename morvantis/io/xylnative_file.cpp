@@ -55,10 +55,11 @@ xylUInt64 xylNative_file::read(void* dst, xylUInt64 size) {
 	xylUInt64 total = 0;
 	while (total < size) {
 		const xylUInt64 piece = std::min(size - total, largest_read);
-		xylUInt32 count = 0;
-		if (!os::read_file(handle, target + total, static_cast<xylUInt32>(piece), &count)) return 0;
+		const xylInt64 count = os::read_file(handle, target + total, static_cast<xylUInt32>(piece));
+		if (count < 0 && os::is_interrupted()) continue;
+		if (count < 0) return 0;
 		if (count == 0) break;
-		total += count;
+		total += static_cast<xylUInt64>(count);
 	}
 	return total;
 }
@@ -68,9 +69,9 @@ xylUInt64 xylNative_file::write(const void* src, xylUInt64 size) {
 	xylUInt64 total = 0;
 	while (total < size) {
 		const xylUInt64 piece = std::min(size - total, largest_write);
-		xylUInt32 count = 0;
-		os::write_file(handle, source + total, static_cast<xylUInt32>(piece), &count);
-		total += count;
+		const xylInt64 count =
+			os::write_file(handle, source + total, static_cast<xylUInt32>(piece));
+		if (count > 0) total += static_cast<xylUInt64>(count);
 	}
 	return total;
 }

@@ -7,15 +7,12 @@ Scripted_file scripted_file;
 
 namespace {
 
-bool transfer(const void* memory, xylUInt32 size, xylUInt32* transferred) {
+xylInt64 transfer(const void* memory, xylUInt32 size) {
 	scripted_file.pieces.push_back({memory, size});
-	Scripted_file::Transfer answer{true, size};
-	if (!scripted_file.transfers.empty()) {
-		answer = scripted_file.transfers.front();
-		scripted_file.transfers.pop_front();
-	}
-	*transferred = answer.count;
-	return answer.succeeds;
+	if (scripted_file.transfers.empty()) return size;
+	const xylInt64 count = scripted_file.transfers.front();
+	scripted_file.transfers.pop_front();
+	return count;
 }
 
 } // namespace
@@ -31,13 +28,13 @@ bool os::close_file(void*) {
 	return scripted_file.closes;
 }
 
-bool os::read_file(void*, void* target, xylUInt32 size, xylUInt32* transferred) {
-	return transfer(target, size, transferred);
+xylInt64 os::read_file(void*, void* target, xylUInt32 size) { return transfer(target, size); }
+
+xylInt64 os::write_file(void*, const void* source, xylUInt32 size) {
+	return transfer(source, size);
 }
 
-bool os::write_file(void*, const void* source, xylUInt32 size, xylUInt32* transferred) {
-	return transfer(source, size, transferred);
-}
+bool os::is_interrupted() { return scripted_file.interruptions-- > 0; }
 
 xylInt64 os::seek_file(void*, xylUInt64 offset, File_origin origin) {
 	scripted_file.offset = offset;

@@ -11,17 +11,13 @@
 #include <vector>
 
 struct Scripted_file {
-	// One call of read or write: what it says, and how many bytes it says it moved.
-	struct Transfer {
-		bool succeeds;
-		xylUInt32 count;
-	};
-
 	// Answers.
 	void* handle = reinterpret_cast<void*>(0x40); // of a file that opens
 	bool closes = true;
-	std::deque<Transfer> transfers; // one after the other; then calls move all that was asked for
-	xylInt64 position = 0;          // of each seek
+	// Of reads and writes, one after the other; then calls move all that was asked for.
+	std::deque<xylInt64> transfers;
+	int interruptions = 0; // that many failures are a signal's
+	xylInt64 position = 0; // of each seek
 	bool has_size = true;
 	xylUInt64 size = 0;
 	os::Overlapped_state state = os::Overlapped_state::completed;

@@ -171,21 +171,30 @@ TEST_F(Scripted_file_test, ReadsInPiecesOfSixteenMib) {
 
 TEST_F(Scripted_file_test, ShortReadsGoOnUntilOneDeliversNothing) {
 	xylNative_file file("file", 1, 4);
-	scripted_file.transfers = {{true, 30}, {true, 50}, {true, 0}};
+	scripted_file.transfers = {30, 50, 0};
 	EXPECT_EQ(file.read(memory, 100), 80u);
 	EXPECT_THAT(scripted_file.pieces,
 	            ElementsAre(Piece{memory, 100}, Piece{memory + 30, 70}, Piece{memory + 80, 20}));
-	scripted_file.transfers = {{true, 99}};
+	scripted_file.transfers = {99};
 	EXPECT_EQ(file.read(memory, 100), 100u) << "one byte in a second call";
-	scripted_file.transfers = {{true, 0}};
+	scripted_file.transfers = {0};
 	EXPECT_EQ(file.read(memory, 100), 0u);
 }
 
 TEST_F(Scripted_file_test, FailedReadForgetsWhatArrived) {
 	xylNative_file file("file", 1, 4);
-	scripted_file.transfers = {{true, 16 * mib}, {false, 5}};
+	scripted_file.transfers = {16 * mib, -1};
 	EXPECT_EQ(file.read(memory, 40 * mib), 0u);
 	EXPECT_EQ(scripted_file.pieces.size(), 2u) << "nothing was tried again";
+}
+
+TEST_F(Scripted_file_test, InterruptedReadIsMadeAgain) {
+	xylNative_file file("file", 1, 4);
+	scripted_file.transfers = {30, -1, -1};
+	scripted_file.interruptions = 2;
+	EXPECT_EQ(file.read(memory, 100), 100u);
+	EXPECT_THAT(scripted_file.pieces, ElementsAre(Piece{memory, 100}, Piece{memory + 30, 70},
+	                                              Piece{memory + 30, 70}, Piece{memory + 30, 70}));
 }
 
 TEST_F(Scripted_file_test, WritesWhatThirtyTwoBitsCanSay) {
@@ -204,8 +213,9 @@ TEST_F(Scripted_file_test, WritesWhatThirtyTwoBitsCanSay) {
 // A full disk, until somebody makes room.
 TEST_F(Scripted_file_test, FailedWritesAreRepeated) {
 	xylNative_file file("file", 2, 8);
-	scripted_file.transfers = {{true, 60}};
-	scripted_file.transfers.insert(scripted_file.transfers.end(), 1000, {false, 0});
+	scripted_file.transfers = {60};
+	scripted_file.transfers.insert(scripted_file.transfers.end(), 500, -1);
+	scripted_file.transfers.insert(scripted_file.transfers.end(), 500, 0);
 	EXPECT_EQ(file.write(memory, 100), 100u);
 	ASSERT_EQ(scripted_file.pieces.size(), 1002u);
 	EXPECT_EQ(scripted_file.pieces[0], (Piece{memory, 100}));

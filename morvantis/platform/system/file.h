@@ -49,13 +49,17 @@ bool close_file(void* handle);
 
 // Reads from the file's position on and moves it.
 //
-// Result  false on failure; otherwise true with the bytes read in `*transferred`, 0 at the end of
-//         the file, and possibly fewer than `size` from a pipe.
-bool read_file(void* handle, void* target, xylUInt32 size, xylUInt32* transferred);
+// Result  the bytes read, 0 at the end of the file, and possibly fewer than `size` from a pipe;
+//         negative on failure.
+xylInt64 read_file(void* handle, void* target, xylUInt32 size);
 
-// Writes at the file's position and moves it; stores the bytes written, which may be fewer than
-// `size` even where true comes back.
-bool write_file(void* handle, const void* source, xylUInt32 size, xylUInt32* transferred);
+// Writes at the file's position and moves it. The bytes written, possibly fewer than `size`;
+// negative on failure.
+xylInt64 write_file(void* handle, const void* source, xylUInt32 size);
+
+// Whether a call that has just failed met nothing worse than a signal, before any byte, and is to
+// be made again.
+bool is_interrupted();
 
 enum class File_origin { start, current, end };
 

@@ -101,18 +101,15 @@ void* os::open_file(const char* path, const File_request& request) {
 
 bool os::close_file(void* handle) { return close(descriptor_of(handle)) == 0; }
 
-// A signal that comes before the first byte is no failure; the other system knows no such thing.
-bool os::read_file(void* handle, void* target, xylUInt32 size, xylUInt32* transferred) {
-	const ssize_t count = TEMP_FAILURE_RETRY(read(descriptor_of(handle), target, size));
-	*transferred = count < 0 ? 0 : static_cast<xylUInt32>(count);
-	return count >= 0;
+xylInt64 os::read_file(void* handle, void* target, xylUInt32 size) {
+	return read(descriptor_of(handle), target, size);
 }
 
-bool os::write_file(void* handle, const void* source, xylUInt32 size, xylUInt32* transferred) {
-	const ssize_t count = TEMP_FAILURE_RETRY(write(descriptor_of(handle), source, size));
-	*transferred = count < 0 ? 0 : static_cast<xylUInt32>(count);
-	return count >= 0;
+xylInt64 os::write_file(void* handle, const void* source, xylUInt32 size) {
+	return write(descriptor_of(handle), source, size);
 }
+
+bool os::is_interrupted() { return errno == EINTR; }
 
 xylInt64 os::seek_file(void* handle, xylUInt64 offset, File_origin origin) {
 	static constexpr int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};

@@ -28,19 +28,17 @@ void* os::open_file(const char* path, const File_request& request) {
 
 bool os::close_file(void* handle) { return CloseHandle(handle) != 0; }
 
-bool os::read_file(void* handle, void* target, xylUInt32 size, xylUInt32* transferred) {
+xylInt64 os::read_file(void* handle, void* target, xylUInt32 size) {
 	DWORD count = 0;
-	const bool is_read = ReadFile(handle, target, size, &count, nullptr) != 0;
-	*transferred = count;
-	return is_read;
+	return ReadFile(handle, target, size, &count, nullptr) ? count : -1ll;
 }
 
-bool os::write_file(void* handle, const void* source, xylUInt32 size, xylUInt32* transferred) {
+xylInt64 os::write_file(void* handle, const void* source, xylUInt32 size) {
 	DWORD count = 0;
-	const bool is_written = WriteFile(handle, source, size, &count, nullptr) != 0;
-	*transferred = count;
-	return is_written;
+	return WriteFile(handle, source, size, &count, nullptr) ? count : -1ll;
 }
+
+bool os::is_interrupted() { return false; }
 
 xylInt64 os::seek_file(void* handle, xylUInt64 offset, File_origin origin) {
 	static constexpr DWORD method[] = {FILE_BEGIN, FILE_CURRENT, FILE_END};
