@@ -113,7 +113,8 @@ public:
 	// Result  the caller's until free_library(); null on failure, as for an empty name.
 	static void* load_library(const xylVarString& name);
 	static bool free_library(void* module);
-	// The address of an exported symbol; null when there is none.
+	// The address of an exported symbol; null when there is none. A null module has none on Linux;
+	// on Windows it stands for the running program's own image.
 	static void* get_process_address(void* module, xylVarString& symbol);
 	// Sets a variable of the process's environment; false when the system refuses, as for an empty
 	// name. On Linux no other thread may use the environment meanwhile.
@@ -124,7 +125,7 @@ public:
 	//         the system's text.
 	static bool get_computer_name(xylVarString& out);
 	// The name of the user whom the process runs as; on failure as above, with a warning "Cannot
-	// Get User Name: ". A name of 256 characters or more ends the process.
+	// Get User Name: ". A name of 256 characters ends the process; a longer one is a failure.
 	static bool get_os_user_name(xylVarString& out);
 
 	// --- Paths --------------------------------------------------------------------------------
@@ -153,9 +154,10 @@ public:
 	static xylConstString<256> convert_base_path_to_absolute_path(const xylString_base& path);
 	// Puts "$BASE/" for the first "../../", wherever it stands.
 	//
-	// kept: of what follows, only the first six characters stay: "../../data/textures/a.tga"
-	// becomes
-	// "$BASE/data/t".
+	// kept: of what follows, only the first six characters stay, so "../../data/textures/a.tga"
+	// becomes "$BASE/data/t". The length counts six even where fewer follow ("../../ab" becomes
+	// "$BASE/ab" with length 12), and what stands behind the last of them is not specified. A
+	// length of 256 or more ends the process.
 	static xylConstString<256> convert_final_to_base_path(const xylString_base& path);
 	// True when the path begins with "$BASE/".
 	static bool is_base_relative(const xylVarString& path);

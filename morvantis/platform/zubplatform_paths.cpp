@@ -63,15 +63,9 @@ xylConstString<256> zubPlatform::convert_base_path_to_absolute_path(const xylStr
 
 xylConstString<256> zubPlatform::convert_final_to_base_path(const xylString_base& path) {
 	xylConstString<256> result(path);
-	const char* match = std::strstr(result.char_p(), platform_base);
-	if (!match) return result;
-	const size_t index = static_cast<size_t>(match - result.char_p());
-	char* prefix = &result[static_cast<unsigned int>(index)];
-	std::memcpy(prefix, base_prefix, prefix_length);
-	// kept: of the rest of the path the first six characters stay.
-	char* tail = prefix + prefix_length;
-	tail[strnlen(tail, prefix_length)] = 0;
-	result.recalculate_length();
+	// kept: the fixed string's replacement counts the rest of the path with the length of "$BASE/",
+	// so six characters of it stay, and six count where there are fewer.
+	result.replace(platform_base, base_prefix);
 	return result;
 }
 

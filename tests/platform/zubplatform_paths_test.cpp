@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -95,10 +96,23 @@ TEST(zubPlatform_paths, BaseFormOfFinalPathsCutsTheTailToSix) {
 		EXPECT_EQ(zubPlatform::convert_final_to_base_path(xylVarString(c.path)).length(),
 		          static_cast<int>(std::string(c.expected).size()));
 	}
-	// A shorter tail: what stands between it and the cut is nobody's to depend on.
-	EXPECT_EQ(base_of("../../ab").substr(0, 8), "$BASE/ab");
-	const std::string long_front(246, 'f');
-	EXPECT_EQ(base_of(long_front + "../../abc"), long_front + "$BASE/abc") << "255 characters";
+}
+
+// What stands between a shorter tail and the cut is nobody's to depend on.
+TEST(zubPlatform_paths, BaseFormCountsAShorterTailAsSix) {
+	for (const char* tail : {"a", "ab", "abcde"}) {
+		SCOPED_TRACE(tail);
+		const std::string path = std::string("x/../../") + tail;
+		EXPECT_EQ(base_of(path).substr(0, 8 + std::strlen(tail)), std::string("x/$BASE/") + tail);
+		EXPECT_EQ(zubPlatform::convert_final_to_base_path(xylVarString(path.c_str())).length(), 14);
+	}
+}
+
+TEST(zubPlatform_paths, BaseFormOfTheLongestPaths) {
+	const std::string front(243, 'f');
+	EXPECT_EQ(base_of(front + "../../abcdef"), front + "$BASE/abcdef") << "255 characters";
+	const std::string longer_front(249, 'f');
+	EXPECT_EQ(base_of(longer_front + "../../"), longer_front + "$BASE/") << "255 characters";
 }
 
 TEST(zubPlatform_paths, PrefixThereAndBack) {
@@ -183,6 +197,7 @@ TEST(zubPlatform_paths_death_test, TextsTooLongForTheirStringsEndTheProcess) {
 	const auto text = [](size_t count) { return std::string(count, 'x'); };
 	EXPECT_EQ(base_of(text(255)), text(255));
 	EXPECT_DEATH(base_of(text(256)), "");
+	EXPECT_DEATH(base_of(text(244) + "../../a"), "") << "251 characters that count as 256";
 	EXPECT_EQ(final_of(text(279)), text(279));
 	EXPECT_DEATH(final_of(text(512)), "");
 	EXPECT_DEATH(absolute_of(text(256)), "");
