@@ -13,7 +13,8 @@ void* load_module(const char* name);
 // Takes back one load_module(). False for null and for what is no handle of a loaded library.
 bool free_module(void* module);
 
-// The address of an exported symbol; null when `module` is null or has no such symbol.
+// The address of an exported symbol; null when `module` has no such symbol. A null `module` has
+// none on Linux; on Windows it stands for the running program's own image.
 void* module_symbol(void* module, const char* symbol);
 
 } // namespace os

@@ -130,6 +130,17 @@ TEST(zubPlatform_windows, SymbolsOfALoadedLibrary) {
 	EXPECT_TRUE(zubPlatform::free_library(module));
 }
 
+// Exported by this program, for the test below.
+extern "C" __declspec(dllexport) int morvantis_symbol_of_the_program() { return 17; }
+
+TEST(zubPlatform_windows, NullModuleIsTheProgramItself) {
+	xylVarString symbol("morvantis_symbol_of_the_program");
+	EXPECT_EQ(zubPlatform::get_process_address(nullptr, symbol),
+	          reinterpret_cast<void*>(morvantis_symbol_of_the_program));
+	symbol = "GetCurrentProcessId";
+	EXPECT_EQ(zubPlatform::get_process_address(nullptr, symbol), nullptr);
+}
+
 TEST(zubPlatform_windows, EnvironmentIsTheSystems) {
 	char value[32]{};
 	ASSERT_TRUE(zubPlatform::set_environment_variable("MORVANTIS_TEST", "first"));

@@ -7,6 +7,5 @@ void* os::load_module(const char* name) { return LoadLibraryA(name); }
 bool os::free_module(void* module) { return FreeLibrary(static_cast<HMODULE>(module)) != 0; }
 
 void* os::module_symbol(void* module, const char* symbol) {
-	if (!module) return nullptr; // would search the program's own image
 	return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), symbol));
 }

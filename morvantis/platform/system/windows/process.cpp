@@ -13,7 +13,7 @@ bool os::is_debugger_present() { return IsDebuggerPresent() != 0; }
 void os::raise_exception(unsigned int code) { RaiseException(code, 0, 0, nullptr); }
 
 bool os::set_environment_variable(const char* name, const char* value) {
-	return SetEnvironmentVariableA(name, value) != 0;
+	return SetEnvironmentVariableA(name, value) == TRUE;
 }
 
 bool os::computer_name(char* buffer, xylUInt32* size) {
