@@ -169,6 +169,13 @@ TEST(xylBuffer, NumbersAreReadFromTokens) {
 	EXPECT_EQ(buffer.next_float(), 0.1f);
 }
 
+// Just above the middle of two floats: its nearest double is the middle itself.
+TEST(xylBuffer, FloatsAreNarrowedDoubles) {
+	xylBuffer buffer = buffer_of("\0"
+	                             "1.000000059604644775390625000000001"s);
+	EXPECT_EQ(buffer.next_float(), 1.0f);
+}
+
 TEST(xylBuffer, SkipsOneTokenWhateverTheCount) {
 	for (const int count : {5, 1, 0, -3}) {
 		SCOPED_TRACE(count);

@@ -246,6 +246,20 @@ TEST(xylBuffer, CopyOfAnEmptyOneReports) {
 	EXPECT_EQ(told(), failure_of("0"));
 }
 
+TEST(xylBuffer, AllocatingWithoutACursorReports) {
+	xylBuffer buffer;
+	buffer.allocate(10);
+	xylBuffer copy(buffer);
+	EXPECT_EQ(copy.allocate(5), copy.data) << "the block is there";
+	EXPECT_NE(copy.data, nullptr);
+	EXPECT_EQ(copy.cursor, nullptr);
+	EXPECT_EQ(copy.capacity, 5u);
+	EXPECT_EQ(told(), failure_of("5"));
+	copy.rewind();
+	EXPECT_EQ(copy.allocate(3), copy.data);
+	EXPECT_EQ(copy.capacity, 3u);
+}
+
 TEST(xylBuffer, MoveTakesTheBlock) {
 	xylBuffer buffer;
 	buffer.write_int(42);
@@ -314,6 +328,18 @@ TEST(xylBuffer, UsesValuesWithoutOwningThem) {
 	}
 	owner.rewind();
 	EXPECT_EQ(static_cast<int>(owner), 7);
+}
+
+TEST(xylBuffer, UsingValuesLosesABlockOfItsOwn) {
+	xylBuffer owner;
+	owner.write_int(7);
+	xylBuffer view;
+	view.write_int(8);
+	xylUInt8* const lost = view.data;
+	view.use_values_from(owner);
+	EXPECT_EQ(view.data, owner.data);
+	EXPECT_EQ(lost[0], 8) << "not freed";
+	xyl_heap_free(lost);
 }
 
 TEST(xylBuffer, GrowthFreesAForeignBlock) {

@@ -87,6 +87,7 @@ TEST_F(Native_file_test, ModesChooseBetweenMakingAndOpening) {
 		{"no disposition", writing, xylFile_flag_normal, false, false, "old"},
 		{"open existing", reading, existing, false, true, "old"},
 		{"create always", writing, anew, true, true, ""},
+		{"create always, only to read", reading, anew, true, true, ""},
 		{"create new", writing, xylFile_flag_create_new, true, false, "old"},
 		{"create always with create new is open existing", writing, anew | xylFile_flag_create_new,
 	     false, true, "old"},
