@@ -12,6 +12,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -195,6 +196,12 @@ protected:
 	xylGuid_generator generator_;
 	int objects_[3] = {};
 };
+
+TEST_F(Guid_generator_test, RegistryFollowsTheInvalidTextInAPlainObject) {
+	static_assert(!std::is_polymorphic_v<xylGuid_generator>);
+	EXPECT_EQ(static_cast<void*>(&generator_), &generator_.invalid_guid_);
+	EXPECT_EQ(static_cast<void*>(&generator_.invalid_guid_ + 1), &generator_.guids_);
+}
 
 TEST_F(Guid_generator_test, ConstructionHasTheInvalidTextAndNoEntries) {
 	EXPECT_EQ(std::string(generator_.invalid_guid_.char_p()), "*INVALID-GUID*");

@@ -7,13 +7,84 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <set>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace {
+
+// --- Shapes
+// ---------------------------------------------------------------------------------------
+
+template <typename Expected, typename Actual> constexpr bool is = std::is_same_v<Expected, Actual>;
+using P = zubPlatform;
+
+static_assert(is<void(unsigned long), decltype(P::sleep)>);
+static_assert(is<xylInt64(), decltype(P::get_timestamp_counter)>);
+static_assert(is<xylInt64(), decltype(P::get_timestamp_counter_frequency)>);
+static_assert(is<xylInt64(), decltype(P::get_system_time)>);
+static_assert(is<bool(), decltype(P::is_debugger_present)>);
+static_assert(is<xylUInt32(), decltype(P::get_current_process_id)>);
+static_assert(is<void*(), decltype(P::get_current_native_thread_handle)>);
+static_assert(is<unsigned long(void*), decltype(P::get_native_thread_id)>);
+static_assert(is<void(void*, const xylVarString&), decltype(P::set_thread_name)>);
+static_assert(is<void(void*, xylThread_priority), decltype(P::set_thread_priority)>);
+static_assert(is<void(void*, xylUInt64), decltype(P::set_thread_affinity)>);
+static_assert(is<void(unsigned int), decltype(P::raise_exception)>);
+static_assert(is<xylUInt64(), decltype(P::get_application_memory)>);
+static_assert(is<xylUInt64(), decltype(P::get_application_commit_memory)>);
+static_assert(is<float(), decltype(P::get_available_memory_percentage)>);
+static_assert(is<xylCPU_description(), decltype(P::get_cpu_description)>);
+static_assert(is<xylUInt64(), decltype(P::page_size_internal)>);
+static_assert(is<xylUInt64(), decltype(P::page_size)>);
+static_assert(is<void*(xylUInt64, xylUInt64, bool, bool), decltype(P::allocate_memory)>);
+static_assert(is<xylUInt64(void*), decltype(P::allocation_size)>);
+static_assert(is<bool(void*, xylUInt64), decltype(P::deallocate_memory)>);
+static_assert(is<bool(void*, xylUInt64, xylUInt64), decltype(P::decommit_memory)>);
+static_assert(is<void*(xylUInt64, xylUInt64, bool, bool), decltype(P::allocate_direct_memory)>);
+static_assert(is<bool(void*), decltype(P::deallocate_direct_memory)>);
+static_assert(is<void(xylGuid_type*), decltype(P::create_guid)>);
+static_assert(is<void*(const xylVarString&), decltype(P::load_library)>);
+static_assert(is<bool(void*), decltype(P::free_library)>);
+static_assert(is<void*(void*, xylVarString&), decltype(P::get_process_address)>);
+static_assert(
+	is<bool(const xylVarString&, const xylVarString&), decltype(P::set_environment_variable)>);
+static_assert(is<bool(xylVarString&), decltype(P::get_computer_name)>);
+static_assert(is<bool(xylVarString&), decltype(P::get_os_user_name)>);
+
+static_assert(is<xylConstString<16>(), decltype(P::get_base_path_prefix)>);
+static_assert(is<const char*(), decltype(P::get_platform_base)>);
+static_assert(is<xylConstString<256>(), decltype(P::get_temp_path)>);
+static_assert(is<xylConstString<256>(), decltype(P::get_executable_path)>);
+static_assert(
+	is<xylConstString<512>(const xylString_base&), decltype(P::convert_base_path_to_final)>);
+static_assert(is<xylConstString<256>(const xylString_base&),
+                 decltype(P::convert_base_path_to_absolute_path)>);
+static_assert(
+	is<xylConstString<256>(const xylString_base&), decltype(P::convert_final_to_base_path)>);
+static_assert(is<bool(const xylVarString&), decltype(P::is_base_relative)>);
+static_assert(is<xylVarString(const xylVarString&), decltype(P::get_base_relative_path)>);
+static_assert(is<bool(const xylString_base&), decltype(P::create_directory)>);
+static_assert(is<bool(const xylString_base&), decltype(P::remove_directory)>);
+static_assert(is<bool(const xylString_base&), decltype(P::is_directory_exists)>);
+static_assert(is<bool(const xylString_base&), decltype(P::file_exists)>);
+static_assert(is<xylInt64(const xylString_base&), decltype(P::get_file_last_modification_date)>);
+
+static_assert(is<xylConstString<128>, decltype(xylCPU_description::brand_name)>);
+static_assert(is<xylUInt32, decltype(xylCPU_description::processor_count)>);
+
+TEST(xylCPU_description, FieldsStandInTheirOrder) {
+	const xylCPU_description d;
+	const void* const fields[] = {&d.brand_name, &d.processor_count, &d.has_sse3, &d.has_ssse3,
+	                              &d.has_sse4_1, &d.has_sse4_2,      &d.has_avx,  &d.has_avx2};
+	EXPECT_TRUE(std::is_sorted(std::begin(fields), std::end(fields), std::less<>()));
+}
 
 // --- Time
 // -----------------------------------------------------------------------------------------
