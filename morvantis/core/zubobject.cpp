@@ -1,9 +1,14 @@
 #include <morvantis/core/zubobject.h>
 
-#include <cstring>
-#include <stdexcept>
+#include <morvantis/core/throw_out_of_range.h>
 
-static constexpr char out_of_range_text[] = "invalid vector<T> subscript";
+#include <cstring>
+
+namespace {
+
+constexpr char out_of_range_text[] = "invalid vector<T> subscript";
+
+} // namespace
 
 std::vector<zubObject_type_definition>* zubObject::type_definitions_ = nullptr;
 int zubObject::total_type_count_ = 0;
@@ -13,7 +18,7 @@ xylVarString zubObject::to_string() { return "zubObject"; }
 zubObject_type_definition zubObject::get_type_definition(int index) {
 	// A negative index is a large one. The text is the same with every C++ library.
 	const size_t place = static_cast<size_t>(index);
-	if (place >= type_definitions_->size()) throw std::out_of_range(out_of_range_text);
+	if (place >= type_definitions_->size()) throw_out_of_range(out_of_range_text);
 	return (*type_definitions_)[place];
 }
 
