@@ -22,6 +22,7 @@ zubObject_type_definition zubObject::get_type_definition(int index) {
 	return (*type_definitions_)[place];
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are compiled against the copy
 int zubObject::genereate_new_type_id(xylConstString<128> name) {
 	if (!type_definitions_) type_definitions_ = new std::vector<zubObject_type_definition>;
 	zubObject_type_definition definition;
