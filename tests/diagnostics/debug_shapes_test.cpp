@@ -3,6 +3,7 @@
 #include <morvantis/diagnostics/xyldebug_render_records.h>
 
 #include "shapes_step_by_step.h"
+#include "test_data.h"
 
 #include <gtest/gtest.h>
 
@@ -228,7 +229,7 @@ bool is_close(const std::string& a, const std::string& b, float tolerance) {
 	return !(words_b >> word_b);
 }
 
-constexpr char golden_file[] = MORVANTIS_TEST_DATA "/golden/debug_shapes.txt";
+const std::string golden_file = test_data("golden/debug_shapes.txt");
 
 // The file has the shapes one by one, each with its name after a '#'.
 std::string golden_text(const std::string& name) {

@@ -9,14 +9,15 @@
 #include <morvantis/math/xylquaternion.h>
 
 #include "file_stream_trials.h"
+#include "test_data.h"
 
 #include <algorithm>
 #include <climits>
 
 namespace {
 
-constexpr char binary_path[] = MORVANTIS_TEST_DATA "/golden/binary_stream.bin";
-constexpr char text_path[] = MORVANTIS_TEST_DATA "/golden/text_stream.txt";
+const std::string binary_path = test_data("golden/binary_stream.bin");
+const std::string text_path = test_data("golden/text_stream.txt");
 
 void write_values(xylIO_binary_stream& stream) {
 	stream << 'c';
@@ -52,7 +53,7 @@ TEST(Stream_golden, BinaryFileIsWrittenByteForByte) {
 
 TEST(Stream_golden, BinaryFileIsReadBack) {
 	xylInput_binary_file_stream stream;
-	ASSERT_TRUE(stream.try_open(binary_path));
+	ASSERT_TRUE(stream.try_open(binary_path.c_str()));
 	xylIO_binary_stream expected;
 	write_values(expected);
 	EXPECT_EQ(data_of(stream), data_of(expected));
@@ -94,7 +95,7 @@ TEST(Stream_golden, TextFileIsWrittenByteForByteButForLineEnds) {
 
 TEST(Stream_golden, TextFileIsReadBack) {
 	xylInput_text_file_stream stream;
-	ASSERT_TRUE(stream.try_open(text_path));
+	ASSERT_TRUE(stream.try_open(text_path.c_str()));
 	xylIO_text_stream expected;
 	write_values(expected);
 	EXPECT_EQ(data_of(stream), data_of(expected));

@@ -10,6 +10,8 @@
 #include <morvantis/math/xylvec2.h>
 #include <morvantis/strings/xylvarstring.h>
 
+#include "test_data.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -129,7 +131,7 @@ std::string hex_of(const xylBuffer& buffer) {
 
 std::map<std::string, std::string> load_golden() {
 	std::map<std::string, std::string> loaded;
-	std::ifstream file(MORVANTIS_TEST_DATA "/golden/buffer.txt");
+	std::ifstream file(test_data("golden/buffer.txt"));
 	for (std::string line; std::getline(file, line);) {
 		if (!line.empty() && line.back() == '\r') line.pop_back();
 		if (line.empty() || line[0] == '#') continue;

@@ -1,6 +1,7 @@
 // The bytes of every encoding, which both systems have to write and read exactly.
 
 #include "bit_stream_model.h"
+#include "test_data.h"
 
 #include <morvantis/net/read_bit_buffer.h>
 #include <morvantis/net/write_bit_buffer.h>
@@ -192,7 +193,7 @@ struct Golden {
 
 std::map<std::string, Golden> load_golden() {
 	std::map<std::string, Golden> loaded;
-	std::ifstream file(MORVANTIS_TEST_DATA "/golden/wire.txt");
+	std::ifstream file(test_data("golden/wire.txt"));
 	for (std::string line; std::getline(file, line);) {
 		if (!line.empty() && line.back() == '\r') line.pop_back();
 		if (line.empty() || line[0] == '#') continue;
