@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 
 #include <emmintrin.h>
 
@@ -40,17 +41,24 @@ inline xylUInt64 reversed(xylUInt64 value) {
 	return value << 32 | value >> 32;
 }
 
+// What stands around the digits of the four forms: by dashes, then by braces.
+constexpr std::string_view forms[2][2] = {
+	{"00000000000000000000000000000000", "{00000000000000000000000000000000}"},
+	{"00000000-0000-0000-0000-000000000000", "{00000000-0000-0000-0000-000000000000}"}};
+
 inline void store_four(char* at, __m128i characters) {
 	const int four = _mm_cvtsi128_si32(characters);
 	std::memcpy(at, &four, 4);
 }
+inline void store_eight(char* at, __m128i characters) {
+	_mm_storel_epi64(reinterpret_cast<__m128i*>(at), characters);
+}
 
-// Writes one of the four forms and returns its length. `text` has 48 bytes: what is stored may
-// overlap what follows.
+// Writes the 32 digits into a form, from its first digit on, and nothing else.
 //
-// All 32 digits are made at once in two registers, which leaves little more to do than to store
-// them. A table with the two digits of every byte took twice the time.
-int write_guid(const xylGuid_type& guid, char* text, bool braces, bool dashes) {
+// They are made at once in two registers, which leaves little more to do than to store them. A
+// table with the two digits of every byte took twice the time.
+void write_digits(const xylGuid_type& guid, char* at, bool dashes) {
 	xylUInt64 back;
 	std::memcpy(&back, guid.data4, sizeof(back));
 	const xylUInt64 front =
@@ -62,23 +70,17 @@ int write_guid(const xylGuid_type& guid, char* text, bool braces, bool dashes) {
 	const __m128i first = digits_of(_mm_unpacklo_epi8(high, low));  // digits 0 to 15
 	const __m128i second = digits_of(_mm_unpackhi_epi8(high, low)); // digits 16 to 31
 
-	*text = '{';
-	char* at = text + braces;
 	if (dashes) {
-		_mm_storel_epi64(reinterpret_cast<__m128i*>(at), first);
+		store_eight(at, first);
 		store_four(at + 9, _mm_srli_si128(first, 8));
 		store_four(at + 14, _mm_srli_si128(first, 12));
 		store_four(at + 19, second);
-		_mm_storeu_si128(reinterpret_cast<__m128i*>(at + 24), _mm_srli_si128(second, 4));
-		at[8] = at[13] = at[18] = at[23] = '-';
-		at += 36;
+		store_eight(at + 24, _mm_srli_si128(second, 4));
+		store_four(at + 32, _mm_srli_si128(second, 12));
 	} else {
 		_mm_storeu_si128(reinterpret_cast<__m128i*>(at), first);
 		_mm_storeu_si128(reinterpret_cast<__m128i*>(at + 16), second);
-		at += 32;
 	}
-	*at = '}';
-	return static_cast<int>(at + braces - text);
 }
 
 [[noreturn]] void refuse_character() { throw std::domain_error(invalid_character_text); }
@@ -136,9 +138,12 @@ bool xylGuid_generator::is_valid_guid(const xylString_base& text) {
 
 void xylGuid_generator::guid_to_string(xylGuid_type guid, xylString_base& target, bool braces,
                                        bool dashes) {
-	char text[48];
-	const int length = write_guid(guid, text, braces, dashes);
-	target.set(text, length);
+	// The form goes in first and the digits over it: a copy of a text just put together would wait
+	// for its pieces to leave the store buffer, which took longer than all else.
+	const std::string_view form = forms[dashes][braces];
+	target.set(form.data(), static_cast<int>(form.size()));
+	if (target.is_empty()) return; // too short a string
+	write_digits(guid, &target[braces], dashes);
 }
 
 xylGuid_type xylGuid_generator::string_to_guid(const char* text) { return make_guid_helper(text); }
