@@ -2,12 +2,16 @@
 #include "temporary_folder.h"
 
 #include <morvantis/io/xylnative_file.h>
+#include <morvantis/platform/zubplatform.h>
+#include <morvantis/strings/xylvarstring.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -340,6 +344,39 @@ TEST_F(Native_file_test, TwoHandlesSeeEachOthersBytes) {
 	EXPECT_EQ(read_text(second, 10), "shared");
 	EXPECT_EQ(second.write(" text", 5), 5u);
 	EXPECT_EQ(read_text(first, 10), " text");
+}
+
+// A second process works on the file that the first one holds open. It may be this program started
+// anew, up to the call: the environment tells it which file.
+TEST(xylNative_file, TwoProcessesShareOneFile) {
+	static constexpr char name[] = "MORVANTIS_TEST_SHARED_FILE";
+	static constexpr int sharing = writing | xylFile_share_read | xylFile_share_write;
+	std::optional<Temporary_folder> folder;
+	xylNative_file mine;
+	if (const char* shared = std::getenv(name); !shared || !*shared) {
+		folder.emplace();
+		const std::string path = *folder / "file";
+		ASSERT_TRUE(mine.open(path.c_str(), sharing, anew));
+		ASSERT_EQ(mine.write("first", 5), 5u);
+		ASSERT_TRUE(
+			zubPlatform::set_environment_variable(xylVarString(name), xylVarString(path.c_str())));
+	}
+	const auto second_process = [] {
+		const char* path = std::getenv(name);
+		xylNative_file refused, theirs;
+		const bool opened_anew =
+			refused.open(path, sharing, xylFile_flag_create_new); // there already
+		const bool worked = theirs.open(path, sharing, existing) &&
+		                    read_text(theirs, 9) == "first" && theirs.write(" second", 7) == 7;
+		std::_Exit(worked && !opened_anew ? 7 : 1); // without closing
+	};
+	EXPECT_EXIT(second_process(), testing::ExitedWithCode(7), "");
+	zubPlatform::set_environment_variable(xylVarString(name), xylVarString());
+	EXPECT_EQ(read_text(mine, 9), " second") << "from this process's own place on";
+	EXPECT_EQ(mine.get_file_size(), 12u);
+	EXPECT_EQ(mine.write("!", 1), 1u);
+	EXPECT_TRUE(mine.close());
+	EXPECT_EQ(contents_of(*folder / "file"), "first second!");
 }
 
 // Random steps on the file and on a text that stands for it.
