@@ -5,11 +5,13 @@
 //     packet_road server          reads what arrives, tests every field, drops what is damaged
 //     packet_road client          packs one snapshot of a small world per tick and sends it
 //
-// Read on in host.cpp (what the library calls), world.cpp (what is sent), message.cpp (how it is
-// packed), then client.cpp and server.cpp. scripts/demo.sh runs both.
+// Read on in ../shared: host.cpp (what the library calls), message.cpp (how a snapshot is packed),
+// client.cpp and server.cpp; world.cpp is what is sent. run.sh runs both.
 
-#include "host.h"
-#include "road.h"
+#include "../shared/client.h"
+#include "../shared/host.h"
+#include "../shared/server.h"
+#include "world.h"
 
 #include <morvantis/core/zublibrary.h>
 #include <morvantis/net/qonet.h>
@@ -59,7 +61,9 @@ int main(int argc, char** argv) {
 	zubLibrary::initialize(&host, &host);
 	QoNet* network = zub_library->get_qonet();
 	code = exit_no_network;
-	if (network->initialize()) code = is_server ? run_server(options) : run_client(options);
+	World world(options.agents, options.seed);
+	if (network->initialize())
+		code = is_server ? run_server(options, world) : Client(options, world).run();
 
 	// In reverse: sockets were closed by their owners, so the network may stop. There is no stop
 	// function for the library; a host that wants its objects back runs the destructor.

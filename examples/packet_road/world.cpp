@@ -1,11 +1,8 @@
 #include "world.h"
 
-#include "message.h"
-
 #include <morvantis/core/xylreport.h>
 
 #include <cmath>
-#include <cstring>
 
 // Nothing here but sums, products and square roots, which every machine rounds alike. Sine and
 // cosine are not among them: they differ in the last digit from one run-time to the next.
@@ -36,7 +33,7 @@ void turn(float (&q)[4], const float (&spin)[3]) {
 World::World(int agent_count, unsigned int seed) {
 	random_.set_seed(seed);
 	for (int i = 0; i < agent_count; ++i) {
-		Agent agent{};
+		Sent_agent agent{};
 		Motion motion{};
 		for (float& component : agent.position)
 			component = random_.random_float_ranged(0, world_height);
@@ -53,7 +50,7 @@ World::World(int agent_count, unsigned int seed) {
 void World::step() {
 	++tick_;
 	for (size_t i = 0; i < now_.agents.size(); ++i) {
-		Agent& agent = now_.agents[i];
+		Sent_agent& agent = now_.agents[i];
 		Motion& motion = motions_[i];
 		move(agent.position[0], motion.velocity[0], -world_half_width, world_half_width);
 		move(agent.position[1], motion.velocity[1], -world_half_width, world_half_width);
@@ -65,31 +62,4 @@ void World::step() {
 	for (int i = 0; i < now_.event_size; ++i) {
 		now_.event[i] = static_cast<unsigned char>(random_.random_int());
 	}
-}
-
-namespace {
-
-bool are_equal(const Agent& arrived, const Agent& sent) {
-	for (int i = 0; i < 3; ++i) {
-		// Half a step, and a hundredth for the last digits of a float of this size.
-		if (std::fabs(arrived.position[i] - sent.position[i]) > 0.51f * position_step) return false;
-	}
-	// Opposite quaternions turn alike. The cosine of half the angle between the two is 1 when they
-	// are equal; three components off by half a step each leave it this near.
-	float cosine = 0;
-	for (int i = 0; i < 4; ++i) cosine += arrived.orientation[i] * sent.orientation[i];
-	return std::fabs(cosine) > 1 - 2 * orientation_step * orientation_step &&
-	       arrived.health == sent.health && std::strcmp(arrived.name, sent.name) == 0;
-}
-
-} // namespace
-
-bool are_equal(const Snapshot& arrived, const Snapshot& sent) {
-	if (arrived.agents.size() != sent.agents.size() || arrived.event_size != sent.event_size ||
-	    std::memcmp(arrived.event, sent.event, static_cast<size_t>(sent.event_size)) != 0)
-		return false;
-	for (size_t i = 0; i < sent.agents.size(); ++i) {
-		if (!are_equal(arrived.agents[i], sent.agents[i])) return false;
-	}
-	return true;
 }

@@ -1,43 +1,16 @@
-// The world that is sent: agents that walk about, the same on every machine for the same seed.
+// The world that is sent: agents that tumble through space, the same on every machine for the same
+// seed.
 #pragma once
+
+#include "../shared/snapshot.h"
 
 #include <morvantis/core/xylrandom_generator.h>
 
-#include <vector>
-
-inline constexpr int largest_agent_count = 1000;
-inline constexpr int largest_name_size = 8;
-inline constexpr int event_capacity = 64;                               // bytes
-inline constexpr float world_half_width = 512.0f, world_height = 64.0f; // metres
-
-// Tick numbers travel modulo 65,500, and a rebuilt number never lies in the first half of the first
-// cycle; so this world begins in the second one.
-inline constexpr unsigned int first_tick = 65501;
-
-struct Agent {
-	float position[3];    // metres; x and y in +-512, z in 0..64
-	float orientation[4]; // a unit quaternion
-	int health;           // 0..100
-	char name[16];        // zero-terminated, at most largest_name_size long
-};
-
-// What one packet tells of the world.
-struct Snapshot {
-	std::vector<Agent> agents;
-	unsigned char event[event_capacity]; // whatever the game wants to say
-	int event_size = 0;
-};
-
-class World {
+class World : public Sent_world {
 public:
 	World(int agent_count, unsigned int seed);
-	void step();
-
-	const Snapshot& snapshot() const { return now_; }
-	unsigned int tick() const { return tick_; }
-	// In units of 1/100,000 s. A tick is 1/50 s, and so a multiple of 100 units, which is all that
-	// a coarse time keeps.
-	long long time() const { return 2000ll * (tick_ - first_tick); }
+	void step() override;
+	const Snapshot& snapshot() const override { return now_; }
 
 private:
 	struct Motion {
@@ -46,11 +19,6 @@ private:
 	};
 
 	xylRandom_generator random_; // gives the same numbers everywhere
-	unsigned int tick_ = first_tick - 1;
 	Snapshot now_;
 	std::vector<Motion> motions_; // of the agents, in their order
 };
-
-// Whether `arrived` is `sent` as the packing allows: numbers and bytes exactly, positions and
-// orientations to half a step.
-bool are_equal(const Snapshot& arrived, const Snapshot& sent);

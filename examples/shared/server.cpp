@@ -1,6 +1,6 @@
-// The receiving host: reads what arrives, tests every field, and compares it with its own world.
+#include "server.h"
+
 #include "message.h"
-#include "road.h"
 #include "table.h"
 
 #include <morvantis/core/xylreport.h>
@@ -16,8 +16,7 @@ constexpr std::chrono::seconds longest_silence(20); // the client is then given 
 
 class Server {
 public:
-	explicit Server(const Options& options)
-		: options_(options), world_(options.agents, options.seed) {}
+	Server(const Options& options, Sent_world& world) : options_(options), world_(world) {}
 
 	int run();
 
@@ -30,7 +29,7 @@ private:
 	void print() const;
 
 	const Options& options_;
-	World world_; // goes through the same ticks as the client's
+	Sent_world& world_; // goes through the same ticks as the client's
 	QoNet_udp_socket socket_;
 	bool has_goodbye_ = false;
 	Tally claimed_; // by the client
@@ -156,4 +155,4 @@ int Server::run() {
 
 } // namespace
 
-int run_server(const Options& options) { return Server(options).run(); }
+int run_server(const Options& options, Sent_world& world) { return Server(options, world).run(); }

@@ -1,7 +1,5 @@
-// What the two roles share.
+// What the two ends of the road share.
 #pragma once
-
-#include "world.h"
 
 #include <morvantis/net/qonet_udp_socket.h>
 
@@ -15,10 +13,8 @@ struct Options {
 	unsigned int seed = 1;
 };
 
-// Each returns the process's exit code.
+// Exit codes of both ends.
 inline constexpr int exit_well = 0, exit_not_equal = 1, exit_no_network = 2, exit_no_port = 3;
-int run_server(const Options& options);
-int run_client(const Options& options);
 
 inline QoNetAddress loopback_address(unsigned short port) {
 	QoNetAddress address;

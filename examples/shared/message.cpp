@@ -130,7 +130,7 @@ private:
 			return false;
 		// A claim of a thousand agents costs a hostile packet nothing, and us little.
 		snapshot.agents.resize(static_cast<size_t>(count));
-		for (Agent& one : snapshot.agents) {
+		for (Sent_agent& one : snapshot.agents) {
 			if (!agent(one)) return false;
 		}
 		return field(field_event, [&] {
@@ -138,7 +138,7 @@ private:
 		});
 	}
 
-	bool agent(Agent& agent) {
+	bool agent(Sent_agent& agent) {
 		return field(field_position, [&] { return position(agent.position); }) &&
 		       field(field_orientation, [&] { return orientation(agent.orientation); }) &&
 		       field(field_health, [&] { return buffer_.serial_op(agent.health, health_info); }) &&

@@ -1,7 +1,7 @@
 // What goes over the road, and how it is packed.
 #pragma once
 
-#include "world.h"
+#include "snapshot.h"
 
 #include <morvantis/net/dynamic_bit_buffer.h>
 

@@ -1,13 +1,11 @@
-// The sending host: simulates, packs, sends, and waits for the answer to each packet.
-#include "message.h"
-#include "road.h"
+#include "client.h"
+
 #include "table.h"
 
 #include <morvantis/core/xylreport.h>
 #include <morvantis/net/bit_buffer_manager.h>
 
 #include <cstdio>
-#include <cstring>
 #include <thread>
 
 namespace {
@@ -16,37 +14,12 @@ namespace {
 constexpr std::chrono::milliseconds patience_for_an_answer(100);
 constexpr int attempts = 200;
 
-class Client {
-public:
-	explicit Client(const Options& options)
-		: options_(options), world_(options.agents, options.seed),
-		  server_(loopback_address(options.port)) {
-		vandal_.set_seed(~options.seed);
-	}
+} // namespace
 
-	int run();
-
-private:
-	bool send(Dynamic_bit_buffer& packet);
-	bool is_acknowledged(unsigned int tick);
-	bool deliver(Dynamic_bit_buffer& packet, unsigned int tick);
-	void send_damaged(const Dynamic_bit_buffer& packet);
-	void send_noise();
-	bool send_tick(bool is_damaged);
-	bool say_goodbye();
-	void print(bool is_well) const;
-
-	const Options& options_;
-	World world_;
-	xylRandom_generator vandal_;
-	QoNetAddress server_;
-	QoNet_udp_socket socket_;
-	Tally tally_;
-	Meter meter_;
-	int sent_again_ = 0;
-	unsigned int fingerprint_ = 0; // of all packets before they are damaged
-	Stopwatch packing_, sending_, round_trip_;
-};
+Client::Client(const Options& options, Sent_world& world)
+	: options_(options), world_(world), server_(loopback_address(options.port)) {
+	vandal_.set_seed(~options.seed);
+}
 
 // A full queue shows as 0 bytes sent: then the packet is offered again.
 bool Client::send(Dynamic_bit_buffer& packet) {
@@ -126,7 +99,10 @@ void Client::send_noise() {
 	++tally_.noise;
 }
 
-bool Client::send_tick(bool is_damaged) {
+bool Client::send_tick() {
+	const unsigned int number = world_.tick() - first_tick + 1;
+	const bool is_damaged =
+		options_.damage > 0 && number % static_cast<unsigned int>(options_.damage) == 0;
 	Message message;
 	message.id = udp_packet_id(static_cast<int>(world_.tick()), 0);
 	message.time = world_.time();
@@ -157,7 +133,9 @@ bool Client::say_goodbye() {
 	Dynamic_bit_buffer packet;
 	Meter meter;
 	write_message(packet, message, meter);
-	return deliver(packet, world_.tick());
+	const bool is_well = deliver(packet, world_.tick());
+	socket_.close_socket();
+	return is_well;
 }
 
 void Client::print(bool is_well) const {
@@ -180,16 +158,15 @@ void Client::print(bool is_well) const {
 }
 
 int Client::run() {
-	if (!open_socket(&socket_, 0)) return exit_no_port;
+	if (!open()) return exit_no_port;
 	xyl_log("client sends %d ticks of %d agents to port %d", options_.ticks, options_.agents,
 	        options_.port);
 	bool is_well = true;
 	for (int tick = 1; is_well && tick <= options_.ticks; ++tick) {
 		world_.step();
-		is_well = send_tick(options_.damage > 0 && tick % options_.damage == 0);
+		is_well = send_tick();
 	}
 	is_well = is_well && say_goodbye();
-	socket_.close_socket();
 	if (is_well) {
 		xyl_post_success_line("client got an answer to each of %d packets", tally_.undamaged);
 	} else {
@@ -198,7 +175,3 @@ int Client::run() {
 	print(is_well);
 	return is_well ? exit_well : exit_not_equal;
 }
-
-} // namespace
-
-int run_client(const Options& options) { return Client(options).run(); }
