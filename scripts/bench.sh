@@ -39,5 +39,11 @@ while read -r program; do
   "$program" --benchmark_enable_random_interleaving=true "${options[@]}" \
     --benchmark_out_format=json --benchmark_out="$results/${path//\//-}.json" >/dev/null
 done < <(find "$programs" -type f -name '*_benchmark' 2>/dev/null | sort)
+curve=$results/memory-link_list_benchmark.json
+if [ -e "$curve" ]; then
+  /usr/bin/python3 scripts/bench_curve.py "$curve" link_list_allocate "$results/link_list.svg" \
+    --argument "free ranges passed by"
+  echo "drew $results/link_list.svg" >&2
+fi
 exec python3 scripts/bench_table.py --goals benchmarks/goals.txt \
   $([ ${#words[@]} -gt 0 ] && echo --some) "$results"/*.json
