@@ -4,6 +4,7 @@
 #include "../shared/table.h"
 #include "agents.h"
 #include "options.h"
+#include "system_round.h"
 
 #include <morvantis/core/xyltimer.h>
 #include <morvantis/core/zublibrary.h>
@@ -39,6 +40,9 @@ void print_summary(const Run_options& options, const World& world) {
 }
 
 void run(const Run_options& options) {
+	const System_round system = run_system_round(options.out);
+	system.machine.print();
+	system.work.print();
 	World world(options.agents, options.seed);
 	for (int frame = 0; frame < options.frames; ++frame) {
 		xylTimer::tick(xylTimer::real_timer_no__, World::tick_seconds);
