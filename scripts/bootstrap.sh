@@ -14,6 +14,8 @@ build="build-essential cmake ninja-build ccache dpkg-dev xz-utils ca-certificate
 checks="googletest binutils python3 pkg-config"
 windows="g++-mingw-w64-x86-64-posix wine64"
 clang="clang-19 libclang-rt-19-dev lld-19 llvm-19"
+# opens the crash dumps that the tests write
+dump_reader="lldb-19"
 static_checks="clang-format-19 clang-tidy-19"
 # what the benchmarks compare with
 peers="libbenchmark-dev libbullet-dev libeigen3-dev libenet-dev libglm-dev libtbb-dev uuid-dev python3"
@@ -21,10 +23,10 @@ curves="python3-matplotlib"
 
 case $job in
   demo) packages="$build" ;;
-  test) packages="$build $checks $windows $clang $static_checks $peers" ;;
+  test) packages="$build $checks $windows $clang $dump_reader $static_checks $peers" ;;
   bench) packages="$build $checks $peers $curves" ;;
-  coverage) packages="$build $checks $clang" ;;
-  all) packages="$build $checks $windows $clang $static_checks $peers $curves" ;;
+  coverage) packages="$build $checks $clang $dump_reader" ;;
+  all) packages="$build $checks $windows $clang $dump_reader $static_checks $peers $curves" ;;
   *) sed -n '2,/^set /{s/^# \{0,1\}//;/^set /!p}' "$0"; exit 2 ;;
 esac
 

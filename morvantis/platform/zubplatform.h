@@ -186,6 +186,41 @@ public:
 	// Seconds since 1970 of the last change; -1 if there is no such file.
 	// kept: the path is taken as it stands, so "$BASE/x" is not found.
 	static xylInt64 get_file_last_modification_date(const xylString_base& path);
+
+	// --- Other processes and the desktop ------------------------------------------------------
+
+	// Starts a program, in the current folder of this process.
+	//
+	// `process_id`      gets the system's number of the new process, 0 on failure.
+	// `path`            kept: not looked at; `arguments[0]` is the program.
+	// `arguments`       up to a null entry. kept: no quotes are added, so an argument with a blank
+	//                   comes with double quotes of its own, and the command line ends in a blank.
+	//                   Null starts nothing.
+	// `environment`     up to a null entry; null hands on this process's own. kept: the entries run
+	//                   together into one variable.
+	// `creation_flags`  as the system defines them (CREATE_SUSPENDED and the like); no effect on
+	//                   Linux.
+	// `wait`            waits for the end of the process, however long it takes.
+	// Result            1; -1 on failure, as when the program isn't found, or when arguments or
+	//                   environment have 1,024 characters or more in all. The exit code isn't told.
+	//
+	// kept: the handles of process and thread stay open on Windows. On Linux a process that isn't
+	// waited for stays in the system's list until the host collects it by its number or ends.
+	static int create_process(unsigned int& process_id, const char* path, char* const* arguments,
+	                          char* const* environment, unsigned int creation_flags, bool wait);
+	// Lets the user's desktop do something with a file, folder or address, and doesn't wait. What
+	// comes of it isn't told; without a desktop, nothing.
+	//
+	// `operation`  "open", "edit", "print" and so on; null for the desktop's default. Linux only
+	//              opens.
+	// `file`       as it stands: no base-relative path.
+	static void shell_execute(const char* operation, const char* file);
+	// Opens a file with the program that the user's desktop has for it; nothing when there is no
+	// such file. The path may be base-relative.
+	static void open_with_default_app(const xylString_base& path);
+	// Shows a folder in the desktop with one item selected; Linux selects none. Both paths may be
+	// base-relative, and the item's is not relative to the folder.
+	static void open_folder_and_select_items(const xylVarString& folder, const xylVarString& item);
 };
 
 // An object to call the operations on; there from before the first static initialiser.

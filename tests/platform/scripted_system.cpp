@@ -5,6 +5,7 @@
 #include <morvantis/platform/system/clock.h>
 #include <morvantis/platform/system/module.h>
 #include <morvantis/platform/system/process.h>
+#include <morvantis/platform/system/shell.h>
 #include <morvantis/platform/system/thread.h>
 
 #include <algorithm>
@@ -140,6 +141,31 @@ bool os::user_name(char* buffer, xylUInt32* size) {
 	note("user_name", *size);
 	return give_name(buffer, size);
 }
+size_t os::current_folder(char* buffer, size_t size) {
+	note("current_folder", size);
+	std::memcpy(buffer, scripted_system.current_folder.c_str(),
+	            scripted_system.current_folder.size()); // the area is zeroed
+	return scripted_system.current_folder.size();
+}
+int os::start_process(char* command_line, xylUInt32 creation_flags, const char* environment,
+                      const char* folder, Child_process* child) {
+	std::string block = "null";
+	if (environment) {
+		block = std::string("'") + environment + "'";
+		if (environment[std::strlen(environment) + 1] != 0) block += " without an end";
+	}
+	note("start_process", std::string("'") + command_line + "'", creation_flags, block, folder);
+	child->id = scripted_system.child_id;
+	return scripted_system.start_result;
+}
+void os::wait_for_process(const Child_process& child) { note("wait_for_process", child.id); }
+void os::shell_execute(const char* operation, const char* file) {
+	note("shell_execute", operation ? operation : "null", file ? file : "null");
+}
+void os::open_folder_and_select(const char* folder, const char* item) {
+	note("open_folder_and_select", folder, item);
+}
+
 void os::create_guid(unsigned char bytes[16]) {
 	for (int i = 0; scripted_system.succeeds && i < 16; ++i) {
 		bytes[i] = static_cast<unsigned char>(i);

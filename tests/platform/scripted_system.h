@@ -33,6 +33,9 @@ struct Scripted_system {
 	os::Path_kind path_kind = os::Path_kind::missing;
 	std::optional<xylInt64> modification_time;
 	char separator = '/';
+	std::string current_folder;
+	int start_result = 1; // of starting a process
+	xylUInt32 child_id = 7;
 
 	// What happened, in words and in order.
 	std::vector<std::string> calls;   // of the system

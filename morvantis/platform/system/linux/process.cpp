@@ -9,8 +9,53 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <pwd.h>
+#include <spawn.h>
 #include <sys/random.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+namespace {
+
+constexpr size_t most_words = 512; // what a command line of 1,024 characters can hold
+
+// Parts a command line at its blanks, in place; double quotes group and vanish.
+//
+// Result  the number of words, which `words` holds with a null behind them; 0 when there are more
+//         than fit.
+size_t split_words(char* text, char* (&words)[most_words + 1]) {
+	size_t count = 0;
+	for (;;) {
+		text += std::strspn(text, " \t");
+		if (!*text) break;
+		if (count == most_words) return 0;
+		words[count++] = text;
+		char* end = text; // of the word as it is without its quotes
+		for (bool quoted = false; *text && (quoted || !std::strchr(" \t", *text)); ++text) {
+			if (*text == '"') {
+				quoted = !quoted;
+			} else {
+				*end++ = *text;
+			}
+		}
+		const bool is_last = !*text;
+		*end = 0;
+		if (is_last) break;
+		++text;
+	}
+	words[count] = nullptr;
+	return count;
+}
+
+// The texts of an environment block, as far as they fit, with a null behind them.
+void split_texts(const char* block, char* (&texts)[most_words + 1]) {
+	size_t count = 0;
+	for (; *block && count < most_words; block += std::strlen(block) + 1) {
+		texts[count++] = const_cast<char*>(block); // only read
+	}
+	texts[count] = nullptr;
+}
+
+} // namespace
 
 xylUInt32 os::current_process_id() { return static_cast<xylUInt32>(getpid()); }
 
@@ -64,6 +109,39 @@ bool os::user_name(char* buffer, xylUInt32* size) {
 	std::memcpy(buffer, entry.pw_name, length + 1);
 	*size = static_cast<xylUInt32>(length + 1);
 	return true;
+}
+
+size_t os::current_folder(char* buffer, size_t size) {
+	return getcwd(buffer, size) ? std::strlen(buffer) : 0;
+}
+
+int os::start_process(char* command_line, xylUInt32, const char* environment, const char* folder,
+                      Child_process* child) {
+	char* arguments[most_words + 1];
+	if (split_words(command_line, arguments) == 0) {
+		errno = EINVAL;
+		return 0;
+	}
+	char* variables[most_words + 1];
+	if (environment) split_texts(environment, variables);
+	posix_spawn_file_actions_t actions;
+	posix_spawn_file_actions_init(&actions);
+	posix_spawn_file_actions_addchdir_np(&actions, folder);
+	posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+	pid_t id = 0;
+	errno = posix_spawnp(&id, arguments[0], &actions, nullptr, arguments,
+	                     environment ? variables : environ);
+	posix_spawn_file_actions_destroy(&actions);
+	if (errno != 0) return 0;
+	// The number stands for the process: it isn't given to another one before it is collected.
+	child->process = reinterpret_cast<void*>(static_cast<size_t>(id));
+	child->id = static_cast<xylUInt32>(id);
+	return 1;
+}
+
+void os::wait_for_process(const Child_process& child) {
+	while (waitpid(static_cast<pid_t>(child.id), nullptr, 0) < 0 && errno == EINTR) {
+	}
 }
 
 // A random one: version 4, variant 1 of RFC 4122.

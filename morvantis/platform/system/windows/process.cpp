@@ -30,6 +30,29 @@ bool os::user_name(char* buffer, xylUInt32* size) {
 	return true;
 }
 
+size_t os::current_folder(char* buffer, size_t size) {
+	const DWORD length = GetCurrentDirectoryA(static_cast<DWORD>(size), buffer);
+	return length < size ? length : 0;
+}
+
+int os::start_process(char* command_line, xylUInt32 creation_flags, const char* environment,
+                      const char* folder, Child_process* child) {
+	STARTUPINFOA startup{};
+	static_assert(sizeof(startup) == 104);
+	startup.cb = sizeof(startup);
+	startup.wShowWindow = SW_SHOWNORMAL; // without effect: dwFlags doesn't name it
+	PROCESS_INFORMATION information{};
+	const BOOL result =
+		CreateProcessA(nullptr, command_line, nullptr, nullptr, FALSE, creation_flags,
+	                   const_cast<char*>(environment), folder, &startup, &information);
+	*child = {information.hProcess, information.hThread, information.dwProcessId};
+	return result;
+}
+
+void os::wait_for_process(const Child_process& child) {
+	WaitForSingleObject(child.process, INFINITE);
+}
+
 void os::create_guid(unsigned char bytes[16]) {
 	GUID guid;
 	static_assert(sizeof(guid) == 16);

@@ -1,0 +1,135 @@
+// Children and the desktop's opener on Linux.
+#include "../started_child.h"
+
+#include <morvantis/strings/xylvarstring.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+// Sets a variable and puts the old value back.
+class Variable {
+public:
+	Variable(const char* name, const std::string& value) : name_(name), before_(std::getenv(name)) {
+		setenv(name, value.c_str(), 1);
+	}
+	~Variable() { setenv(name_, before_.c_str(), 1); }
+	Variable(const Variable&) = delete;
+	Variable& operator=(const Variable&) = delete;
+
+private:
+	const char* name_;
+	std::string before_;
+};
+
+// An xdg-open that writes its arguments, one a line, into a pipe with a name.
+class Fake_opener {
+public:
+	Fake_opener()
+		: path_("PATH", folder_.path().string() + ":" + std::getenv("PATH")),
+		  pipe_(folder_ / "pipe") {
+		mkfifo(pipe_.c_str(), 0600);
+		const std::string script = folder_.make_file(
+			"xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$#\" \"$@\" >'" + pipe_ + "'\n");
+		chmod(script.c_str(), 0700);
+	}
+	// Waits for the opener; what it was called with.
+	std::string arguments() const {
+		std::ifstream pipe(pipe_);
+		return {std::istreambuf_iterator<char>(pipe), {}};
+	}
+	const Temporary_folder& folder() const { return folder_; }
+
+private:
+	Temporary_folder folder_;
+	Variable path_;
+	std::string pipe_;
+};
+
+TEST(zubPlatform_process_linux, ProgramIsLookedForOnThePath) {
+	const std::string path = zubPlatform::get_executable_path().char_p();
+	const Variable variable("PATH", path + ":" + std::getenv("PATH"));
+	const Temporary_folder folder;
+	std::string program = "process_child";
+	std::string report = folder / "report";
+	char* const arguments[] = {program.data(), report.data(), nullptr};
+	unsigned int id = 0;
+	EXPECT_EQ(zubPlatform::create_process(id, nullptr, arguments, nullptr, 0, true), 1);
+	EXPECT_TRUE(std::filesystem::exists(report));
+}
+
+TEST(zubPlatform_process_linux, ChildThatIsWaitedForIsCollected) {
+	Started_child child;
+	ASSERT_EQ(child.start({}, true), 1);
+	EXPECT_EQ(waitpid(static_cast<pid_t>(child.id), nullptr, 0), -1);
+	EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(zubPlatform_process_linux, ChildThatIsNotWaitedForIsTheHostsToCollect) {
+	Started_child child;
+	ASSERT_EQ(child.start({}, false), 1);
+	int status = -1;
+	ASSERT_EQ(waitpid(static_cast<pid_t>(child.id), &status, 0), static_cast<pid_t>(child.id));
+	EXPECT_EQ(status, 0);
+	EXPECT_THAT(child.report(), HasSubstr("variable "));
+}
+
+TEST(zubPlatform_process_linux, OpenFilesAreNotHandedOn) {
+	const Temporary_folder folder;
+	const std::string list = folder / "list";
+	const int file = open("/dev/null", O_RDONLY);
+	ASSERT_GT(file, 2);
+	std::string shell = "/bin/sh", option = "-c";
+	std::string script = "\"ls /proc/self/fd > " + list + "\"";
+	char* const arguments[] = {shell.data(), option.data(), script.data(), nullptr};
+	unsigned int id = 0;
+	EXPECT_EQ(zubPlatform::create_process(id, nullptr, arguments, nullptr, 0, true), 1);
+	close(file);
+	std::ifstream lines(list);
+	const std::string numbers{std::istreambuf_iterator<char>(lines), {}};
+	EXPECT_EQ(numbers, "0\n1\n2\n3\n") << "3 is the folder that is being listed";
+}
+
+TEST(zubPlatform_process_linux, ShellCallsOpenWithTheDesktopsOpener) {
+	const Fake_opener opener;
+	zubPlatform::shell_execute("print", "a b; $(c) \"d\"");
+	EXPECT_EQ(opener.arguments(), "1\na b; $(c) \"d\"\n");
+	const std::string file = opener.folder().make_file("some file.txt");
+	zubPlatform::open_with_default_app(xylVarString(file.c_str()));
+	EXPECT_EQ(opener.arguments(), "1\n" + file + "\n");
+	const std::string folder = opener.folder().path().string();
+	zubPlatform::open_folder_and_select_items(xylVarString(folder.c_str()),
+	                                          xylVarString(file.c_str()));
+	EXPECT_EQ(opener.arguments(), "1\n" + folder + "\n");
+	EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "the opener is nobody's child";
+}
+
+TEST(zubPlatform_process_linux, MissingOpenerIsSilent) {
+	const Temporary_folder empty;
+	const Variable path("PATH", empty.path().string());
+	testing::internal::CaptureStdout();
+	testing::internal::CaptureStderr();
+	zubPlatform::shell_execute("open", "/tmp");
+	EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+	EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(zubPlatform_process_linux, ShellCallWithoutAFileDoesNothing) {
+	const Fake_opener opener;
+	zubPlatform::shell_execute("open", nullptr);
+	zubPlatform::shell_execute("open", "next");
+	EXPECT_EQ(opener.arguments(), "1\nnext\n");
+}
+
+} // namespace
