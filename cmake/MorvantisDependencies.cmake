@@ -34,3 +34,10 @@ if(NOT lz4_POPULATED)
 endif()
 
 find_package(EASTL QUIET)
+
+# Symbol files of images on Linux: elfutils.
+if(NOT WIN32)
+  find_library(LIBDW_LIBRARY dw REQUIRED)
+  find_library(LIBELF_LIBRARY elf REQUIRED)
+  set(LIBDW_LIBRARIES ${LIBDW_LIBRARY} ${LIBELF_LIBRARY})
+endif()

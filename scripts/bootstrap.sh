@@ -10,7 +10,8 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 job=${1:-all}
 
-build="build-essential cmake ninja-build ccache dpkg-dev xz-utils ca-certificates libcli11-dev"
+build="build-essential cmake ninja-build ccache dpkg-dev xz-utils ca-certificates libcli11-dev
+  libdw-dev"
 checks="googletest binutils python3 pkg-config"
 windows="g++-mingw-w64-x86-64-posix wine64"
 clang="clang-19 libclang-rt-19-dev lld-19 llvm-19"

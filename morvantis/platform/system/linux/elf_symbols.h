@@ -1,0 +1,124 @@
+// What one ELF file tells about places in an image: functions, source files and lines.
+#pragma once
+
+#include <morvantis/core/xyltypes.h>
+#include <morvantis/platform/system/linux/plain_array.h>
+
+#include <elfutils/libdw.h>
+
+namespace os {
+
+// An image or a separate symbol file, opened by elfutils' libelf and libdw.
+//
+// Nothing is read ahead: opening takes the section headers and the build id, and the first question
+// in a compilation unit reads that unit's lines and functions. What has been read is kept until the
+// object ends, so later questions cost a few binary searches.
+//
+// Places are offsets from where the image's first page is loaded, as a raw frame holds them. A
+// place right behind a call instruction is where that call returns to, and stands for the call: its
+// function and line are those of the byte before it, since what follows in memory may be the next
+// statement or, behind a call that never returns, the next function.
+//
+// The bytes come from outside and may be damaged in any way: answers may then be missing or wrong.
+//
+// Threads: one at a time per object, which is libdw's rule for its handles.
+class Elf_symbols {
+public:
+	Elf_symbols() = default;
+	~Elf_symbols() { close(); }
+	Elf_symbols(const Elf_symbols&) = delete;
+	Elf_symbols& operator=(const Elf_symbols&) = delete;
+
+	// Opens `path`, once per object. False, with nothing opened, unless it is an ELF file for this
+	// processor with a loadable segment.
+	bool open(const char* path);
+
+	// The first 16 bytes of the build id, a shorter one filled up with zeros; null when the file
+	// has none. What it points to is the object's.
+	const unsigned char* build_id() const { return has_build_id_ ? build_id_ : nullptr; }
+	// Whether the debug information itself is there; a stripped image has none, and an image whose
+	// debug information was moved out only an empty shell of the section.
+	bool has_debug_info() const { return has_debug_info_; }
+	// Whether the full symbol table is there. The table of the dynamic linker doesn't count:
+	// between the few functions in it, every other one would go by a wrong name.
+	bool has_symbol_table() const { return symbol_table_ != nullptr; }
+
+	// What is at a place. Texts are the file's own and live as long as the object.
+	struct Place {
+		const char* function; // the linker's or source's name; null: not known
+		xylUInt64 distance;   // of the place from the function's first byte
+		const char* source;   // with its folder; null: not known
+		xylUInt32 line;       // 0: not known
+	};
+
+	// Function and line at `offset`. The function is the one whose machine code holds the place,
+	// and where code of another was inlined there, the line is that of the inlined call in it.
+	//
+	// `image`  the image itself, for its code, where this file may have none; null: nobody has it,
+	//          and then each place but a function's first byte is taken for a return address.
+	Place look_up(xylUInt32 offset, const Elf_symbols* image);
+
+private:
+	struct Code_section {
+		xylUInt64 address, size;
+		const unsigned char* bytes; // null in a separate symbol file
+	};
+	struct Function_symbol {
+		xylUInt64 address, size;
+		xylUInt32 name; // offset in the string table
+		xylUInt32 rank; // of several at one address, the lowest is shown
+	};
+	struct Unit {
+		Dwarf_Off die;
+		xylUInt32 functions_begin, functions_end; // in unit_functions_
+		bool is_walked;                           // whether these two are set
+	};
+	struct Range {
+		xylUInt64 low, high;
+		xylUInt64 owner; // a unit's index or a function's offset in .debug_info
+	};
+
+	void close();
+	void read_sections();
+	void add_section(Elf_Scn* section, const char* name, const GElf_Shdr& header);
+	void read_build_id();
+	const Code_section* code_section_at(xylUInt64 address) const;
+	enum class Call_before { no, yes, unknown };
+	Call_before call_before(xylUInt64 address) const;
+
+	void read_function_symbols();
+	const Function_symbol* function_symbol_at(xylUInt64 address) const;
+
+	Dwarf* dwarf();
+	Unit* unit_at(xylUInt64 address);
+	Unit* unit_of(Dwarf_Off die);
+	void read_units();
+	void add_ranges(Dwarf_Die& die, xylUInt64 owner, Plain_array<Range>& ranges) const;
+	void walk_functions(Dwarf_Die& parent, int depth);
+	bool function_at(Unit& unit, xylUInt64 address, Dwarf_Die& function);
+	void add_line(xylUInt64 address, Place& place);
+
+	int file_ = -1;
+	Elf* elf_ = nullptr;
+	xylUInt64 first_page_ = 0; // address that the file gives to what is loaded at offset 0
+	unsigned char build_id_[16] = {};
+	bool has_build_id_ = false;
+	bool has_debug_info_ = false;
+	Plain_array<Code_section> code_;
+
+	Elf_Scn* symbol_table_ = nullptr;
+	size_t symbol_names_ = 0; // its string table
+	bool functions_are_read_ = false;
+	Plain_array<Function_symbol> functions_; // sorted by address
+
+	Dwarf* dwarf_ = nullptr;
+	bool dwarf_is_tried_ = false;
+	Dwarf_Aranges* address_ranges_ = nullptr; // the file's own table of units, where it has one
+	bool units_are_read_ = false;
+	Plain_array<Unit> units_;
+	Plain_array<Range> unit_ranges_; // sorted by low; owner: index in units_
+	Plain_array<Range>
+		unit_functions_; // sorted by low within each unit; owner: the function's offset
+};
+
+} // namespace os
