@@ -2,8 +2,19 @@
 // the library has a dynamic initialiser; the heap's own start-up comes behind this list.
 
 #include <morvantis/core/xylreference_counted_object.h>
+#include <morvantis/diagnostics/zubcallstack_helpers.h>
+#include <morvantis/diagnostics/zubdebughelp_interface.h>
 #include <morvantis/memory/xylmemory_allocator_globals.h>
 #include <morvantis/net/bit_buffer_manager.h>
+#include <morvantis/platform/system/process.h> // current_process
+
+// Ready without code that runs at load.
+xylMutex zubCallstack_helpers::dbg_help_lock;
+
+// Takes no memory while it is empty; emptied when the library unloads.
+xylMap<xylUInt64, zubCallstack_module> zubCallstack_helpers::Modules;
+
+void* zubDebughelp_interface::dummy_process = os::current_process();
 
 // The first type, number 0. Uses the run-time's heap only, as the library's has not started yet.
 int xylReference_counted_object::class_xylReference_counted_object_type_id_ =

@@ -9,6 +9,10 @@ namespace os {
 
 xylUInt32 current_process_id();
 
+// A handle that stands for the calling process wherever one of the system layer's calls takes a
+// process; it needs no closing.
+void* current_process();
+
 bool is_debugger_present();
 
 // Raises an exception with `code` on the calling thread, without arguments; it comes back only if a
@@ -20,6 +24,12 @@ void raise_exception(unsigned int code);
 // Result  false for an empty name or one with "=" in it.
 // Threads: where the environment is plain memory of the process, no other thread may read it.
 bool set_environment_variable(const char* name, const char* value);
+
+// Writes the value of a variable, at most `size` bytes with its terminator.
+//
+// Result  the length of the value; 0, with `buffer` unspecified, when it isn't set, is empty or
+//         doesn't fit.
+size_t environment_variable(const char* name, char* buffer, size_t size);
 
 // The machine's name, at most 15 characters.
 //

@@ -59,6 +59,9 @@ void split_texts(const char* block, char* (&texts)[most_words + 1]) {
 
 xylUInt32 os::current_process_id() { return static_cast<xylUInt32>(getpid()); }
 
+// Nothing here has such handles; the value is the other system's.
+void* os::current_process() { return reinterpret_cast<void*>(-1); }
+
 bool os::is_debugger_present() {
 	char text[2048];
 	const int file = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
@@ -75,6 +78,14 @@ void os::raise_exception(unsigned int) { std::raise(SIGTRAP); }
 
 bool os::set_environment_variable(const char* name, const char* value) {
 	return setenv(name, value, 1) == 0;
+}
+
+size_t os::environment_variable(const char* name, char* buffer, size_t size) {
+	const char* value = std::getenv(name);
+	const size_t length = value ? std::strlen(value) : 0;
+	if (length >= size) return 0;
+	std::memcpy(buffer, value ? value : "", length + 1);
+	return length;
 }
 
 // The host part alone, cut like the other system's names.

@@ -8,12 +8,19 @@
 
 xylUInt32 os::current_process_id() { return GetCurrentProcessId(); }
 
+void* os::current_process() { return GetCurrentProcess(); }
+
 bool os::is_debugger_present() { return IsDebuggerPresent() != 0; }
 
 void os::raise_exception(unsigned int code) { RaiseException(code, 0, 0, nullptr); }
 
 bool os::set_environment_variable(const char* name, const char* value) {
 	return SetEnvironmentVariableA(name, value) == TRUE;
+}
+
+size_t os::environment_variable(const char* name, char* buffer, size_t size) {
+	const DWORD length = GetEnvironmentVariableA(name, buffer, static_cast<DWORD>(size));
+	return length < size ? length : 0;
 }
 
 bool os::computer_name(char* buffer, xylUInt32* size) {
