@@ -17,7 +17,7 @@ windows="g++-mingw-w64-x86-64-posix wine64"
 clang="clang-19 libclang-rt-19-dev lld-19 llvm-19"
 # opens the crash dumps that the tests write
 dump_reader="lldb-19"
-static_checks="clang-format-19 clang-tidy-19"
+static_checks="clang-format-19 clang-tidy-19 doxygen"
 # what the benchmarks compare with
 peers="libbenchmark-dev libbullet-dev libeigen3-dev libenet-dev libglm-dev libtbb-dev uuid-dev python3"
 curves="python3-matplotlib"

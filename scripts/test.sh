@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs every test: Linux optimised, Linux under the address, undefined behaviour and thread
-# sanitizers, Windows under Wine, the fuzz targets for a minute, and static analysis. From a bare
-# checkout it installs what is missing first.
+# sanitizers, Windows under Wine, the fuzz targets for a minute, static analysis, and the
+# reference, whose warnings are errors. From a bare checkout it installs what is missing first.
 #
 # The last line is `tests: N passed, N failed, N skipped`, over all of it; details of a stage that
 # failed stand above it and in build/logs/. Ends with 0 only if nothing failed.
@@ -57,6 +57,7 @@ stage threads workflow test-linux-tsan linux-tsan
 stage windows workflow test-windows windows-release
 stage fuzz fuzz
 stage tidy scripts/tidy.sh
+stage reference cmake --workflow --preset reference
 echo "all after $SECONDS s"
 exec python3 scripts/test_summary.py "$logs" \
   build/linux-release/results build/linux-asan/results build/linux-tsan/results build/windows-release/results
