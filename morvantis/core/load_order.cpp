@@ -8,7 +8,7 @@
 #include <morvantis/net/bit_buffer_manager.h>
 #include <morvantis/platform/system/process.h> // current_process
 
-// Ready without code that runs at load.
+// Before all that could ask for a stack. On Linux it needs no code that runs at load.
 xylMutex zubCallstack_helpers::dbg_help_lock;
 
 // Takes no memory while it is empty; emptied when the library unloads.

@@ -1,8 +1,7 @@
 #include <morvantis/diagnostics/zubdebughelp_interface.h>
 
 #include <morvantis/platform/system/module.h>
-#include <morvantis/platform/system/path.h>    // current_folder
-#include <morvantis/platform/system/process.h> // environment_variable
+#include <morvantis/platform/system/process.h>
 #include <morvantis/platform/system/symbols.h>
 
 #include <atomic>
@@ -77,8 +76,7 @@ void zubDebughelp_interface::cleanup() {
 xylVarString zubDebughelp_interface::get_symbol_search_paths() {
 	xylVarString paths(".;");
 	char folder[folder_size];
-	const size_t length = os::current_folder(folder, sizeof(folder));
-	if (length > 0 && length < sizeof(folder)) {
+	if (os::current_folder(folder, sizeof(folder)) > 0) {
 		paths.append(folder);
 		paths.append(';');
 	}

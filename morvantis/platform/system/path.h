@@ -8,7 +8,7 @@ namespace os {
 // Paths are terminated narrow strings in the system's own form; relative ones start at the current
 // folder of the process. Any thread may call all of these.
 
-// The four below write at most `size` bytes, terminator included.
+// The three below write at most `size` bytes, terminator included.
 //
 // Result  the length of the text without terminator; 0 on failure; `size` or more when the text
 //         does not fit, with `buffer` then undefined but terminated within `size`.
@@ -19,9 +19,6 @@ size_t temporary_folder(char* buffer, size_t size);
 
 // The running program's own file.
 size_t executable_path(char* buffer, size_t size);
-
-// The process's current folder.
-size_t current_folder(char* buffer, size_t size);
 
 // `path` seen from the current folder, with "." and ".." taken out by their names alone; nothing
 // needs to exist. A separator at the end stays. An empty path fails.

@@ -1,6 +1,5 @@
 #include <morvantis/platform/system/path.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -80,12 +79,6 @@ size_t os::executable_path(char* buffer, size_t size) {
 	const size_t length = static_cast<size_t>(count);
 	buffer[length < size ? length : size - 1] = 0;
 	return length;
-}
-
-size_t os::current_folder(char* buffer, size_t size) {
-	if (getcwd(buffer, size)) return std::strlen(buffer);
-	buffer[0] = 0;
-	return errno == ERANGE ? size : 0;
 }
 
 // By names alone, like the other system: std::filesystem's form of this allocates.

@@ -21,11 +21,6 @@ size_t os::executable_path(char* buffer, size_t size) {
 	return length;
 }
 
-size_t os::current_folder(char* buffer, size_t size) {
-	buffer[0] = 0;
-	return GetCurrentDirectoryA(static_cast<DWORD>(size), buffer);
-}
-
 size_t os::absolute_path(const char* path, char* buffer, size_t size) {
 	buffer[0] = 0;
 	return GetFullPathNameA(path, static_cast<DWORD>(size), buffer, nullptr);
