@@ -67,8 +67,28 @@ struct Plain_kernel {
 	int size = 0;
 };
 
+// What the two loops below share: their place, and arrays as fields of 8 bits one after another.
+template <typename Loop> struct Field_loop {
+	void put_bytes(const unsigned char* bytes, int count) {
+		for (int i = 0; i < count; ++i) static_cast<Loop*>(this)->put(bytes[i], 8);
+	}
+	bool get_bytes(unsigned char* bytes, int count) {
+		if (size < cursor + count * 8) return false;
+		for (int i = 0; i < count; ++i) {
+			unsigned int byte = 0;
+			static_cast<Loop*>(this)->get(byte, 8);
+			bytes[i] = static_cast<unsigned char>(byte);
+		}
+		return true;
+	}
+
+	unsigned char* data;
+	int cursor = 0;
+	int size = 0;
+};
+
 // A loop over the bits of the field.
-struct Bit_loop {
+struct Bit_loop : Field_loop<Bit_loop> {
 	void put(unsigned int value, int count) {
 		for (int i = 0; i < count; ++i, ++cursor) {
 			const unsigned char bit = static_cast<unsigned char>(1 << cursor % 8);
@@ -85,26 +105,10 @@ struct Bit_loop {
 		}
 		return true;
 	}
-	void put_bytes(const unsigned char* bytes, int count) {
-		for (int i = 0; i < count; ++i) put(bytes[i], 8);
-	}
-	bool get_bytes(unsigned char* bytes, int count) {
-		if (size < cursor + count * 8) return false;
-		for (int i = 0; i < count; ++i) {
-			unsigned int byte = 0;
-			get(byte, 8);
-			bytes[i] = static_cast<unsigned char>(byte);
-		}
-		return true;
-	}
-
-	unsigned char* data;
-	int cursor = 0;
-	int size = 0;
 };
 
 // A loop over the bytes that the field touches.
-struct Byte_loop {
+struct Byte_loop : Field_loop<Byte_loop> {
 	void put(unsigned int value, int count) {
 		size += count;
 		while (count > 0) {
@@ -131,22 +135,6 @@ struct Byte_loop {
 		}
 		return true;
 	}
-	void put_bytes(const unsigned char* bytes, int count) {
-		for (int i = 0; i < count; ++i) put(bytes[i], 8);
-	}
-	bool get_bytes(unsigned char* bytes, int count) {
-		if (size < cursor + count * 8) return false;
-		for (int i = 0; i < count; ++i) {
-			unsigned int byte = 0;
-			get(byte, 8);
-			bytes[i] = static_cast<unsigned char>(byte);
-		}
-		return true;
-	}
-
-	unsigned char* data;
-	int cursor = 0;
-	int size = 0;
 };
 
 // The codecs over one of the packers above, as plain as Write_bit_buffer and Read_bit_buffer would
