@@ -58,6 +58,15 @@ struct Symbol_answer {
 
 // Opens a symbol file, asks it for the code at `offset` from the image's base, and closes it again.
 //
+// The name comes without parameters and result: "ns::Class::f". It is the function's whose machine
+// code holds the place; where code of another was inlined there, the line is that of the inlined
+// call.
+//
+// On Windows the place is `offset` itself. On Linux a place right behind a call instruction stands
+// for the call: frames hold where calls return to, and the byte there may belong to the next
+// statement or, behind a call that never returns, to the next function. Files stay open there, a
+// few of them, until stop_symbol_engine(), and are read anew when they change.
+//
 // `reader`  the entry of symbol_reader_library(), null where there is none
 // Result    false, with `answer` untouched, when the file can't be opened as this build's; else
 //           true, and `answer` has what is known, which may be nothing.

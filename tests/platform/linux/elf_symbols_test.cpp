@@ -172,10 +172,11 @@ TEST(Function_name, IsReadableAndFitsTheBuffer) {
 	EXPECT_EQ(readable("_Z"), "_Z");
 	EXPECT_EQ(readable(""), "");
 	char text[5] = "####";
-	os::readable_function_name("_ZN2ns1C1fEi", false, text, sizeof(text));
-	EXPECT_STREQ(text, "ns::");
-	os::readable_function_name("main", false, text, 1);
-	EXPECT_STREQ(text, "");
+	EXPECT_FALSE(os::readable_function_name("_ZN2ns1C1fEi", false, text, sizeof(text)));
+	EXPECT_FALSE(os::readable_function_name("start", false, text, sizeof(text)));
+	EXPECT_STREQ(text, "####");
+	EXPECT_TRUE(os::readable_function_name("main", false, text, sizeof(text)));
+	EXPECT_STREQ(text, "main");
 }
 
 } // namespace

@@ -85,6 +85,10 @@ TEST_F(Symbol_files_test, FindsEachFormOfName) {
 	EXPECT_EQ(find("SRV**\\\\server\\Symbols*" + folder_ / "cache"), stored);
 	EXPECT_EQ(find("SRV*\\\\server\\Symbols"), "");
 	EXPECT_EQ(find("SRV;SRV*"), "");
+	// Backslashes, as the search path has them on every system.
+	const std::string folder = folder_.path().string();
+	EXPECT_EQ(find("SRV*" + folder + "\\cache"), stored);
+	EXPECT_EQ(find(folder + "\\cache\\"), folder + "/cache//" + forms[1]);
 }
 
 TEST_F(Symbol_files_test, PassesOverOtherBuilds) {

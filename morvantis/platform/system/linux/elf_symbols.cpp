@@ -177,6 +177,11 @@ void os::Elf_symbols::read_build_id() {
 		std::memcpy(build_id_, bytes, std::min(static_cast<size_t>(size), sizeof(build_id_)));
 }
 
+bool os::Elf_symbols::has_code() const {
+	return std::any_of(code_.begin(), code_.end(),
+	                   [](const Code_section& section) { return section.bytes != nullptr; });
+}
+
 const os::Elf_symbols::Code_section* os::Elf_symbols::code_section_at(xylUInt64 address) const {
 	for (const Code_section& section : code_)
 		if (address - section.address < section.size) return &section;

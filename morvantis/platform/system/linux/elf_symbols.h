@@ -43,6 +43,9 @@ public:
 	// between the few functions in it, every other one would go by a wrong name.
 	bool has_symbol_table() const { return symbol_table_ != nullptr; }
 
+	// Whether the machine code is there too; a separate symbol file leaves it out.
+	bool has_code() const;
+
 	// What is at a place. Texts are the file's own and live as long as the object.
 	struct Place {
 		const char* function; // the linker's or source's name; null: not known

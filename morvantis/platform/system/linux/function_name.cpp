@@ -87,14 +87,17 @@ std::string_view os::qualified_name(std::string_view demangled) {
 	return name.substr(start_of_name(name));
 }
 
-void os::readable_function_name(const char* symbol, bool with_parameters, char* out, size_t size) {
+bool os::readable_function_name(const char* symbol, bool with_parameters, char* out, size_t size) {
 	char* const demangled = std::strncmp(symbol, "_Z", 2) == 0
 	                            ? abi::__cxa_demangle(symbol, nullptr, nullptr, nullptr)
 	                            : nullptr;
 	std::string_view name = demangled ? demangled : symbol;
 	if (!with_parameters) name = demangled ? qualified_name(name) : without_clone_suffix(name);
-	const size_t length = std::min(name.size(), size - 1);
-	std::memcpy(out, name.data(), length);
-	out[length] = 0;
+	const bool fits = name.size() < size;
+	if (fits) {
+		std::memcpy(out, name.data(), name.size());
+		out[name.size()] = 0;
+	}
 	std::free(demangled);
+	return fits;
 }

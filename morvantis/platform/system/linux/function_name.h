@@ -13,7 +13,9 @@ std::string_view qualified_name(std::string_view demangled);
 
 // What is written in the source for the linker's name `symbol`: demangled by the Itanium C++ ABI
 // and, unless `with_parameters`, reduced by qualified_name(). A name of another kind is copied as
-// it is. At most `size` - 1 bytes and a terminator go to `out`; `size` > 0.
-void readable_function_name(const char* symbol, bool with_parameters, char* out, size_t size);
+// it is, but for the compiler's marks if it is to be reduced.
+//
+// Result  false, with `out` untouched, when the name and a terminator need more than `size` bytes.
+bool readable_function_name(const char* symbol, bool with_parameters, char* out, size_t size);
 
 } // namespace os

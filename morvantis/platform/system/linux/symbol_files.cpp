@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
+#include <iterator>
 #include <new>
 #include <string_view>
 
@@ -40,7 +41,7 @@ bool has_identity(const unsigned char* guid) {
 struct Path {
 	char text[1024];
 
-	Path(std::initializer_list<std::string_view> parts) {
+	Path(std::initializer_list<std::string_view> parts) : text{} {
 		size_t length = 0;
 		for (const std::string_view part : parts) {
 			if (part.size() >= sizeof(text) - length) {
@@ -53,6 +54,14 @@ struct Path {
 		text[length] = 0;
 	}
 };
+
+// The folder as it is written, or if there is none, with backslashes taken for slashes: some parts
+// of a search path are put together with them on every system.
+Path with_slashes(Path folder) {
+	if (!is_folder(folder.text))
+		std::replace(std::begin(folder.text), std::end(folder.text), '\\', '/');
+	return folder;
+}
 
 // The folder's name in a symbol store: the GUID's three numbers and eight bytes, then the age.
 void format_store_key(const unsigned char* guid, xylUInt32 age, char (&text)[48]) {
@@ -135,11 +144,11 @@ struct os::Symbol_files::Search {
 	bool try_element(std::string_view element) {
 		static constexpr std::string_view server = "SRV*";
 		if (element.empty() || element == "SRV") return false;
-		if (!element.starts_with(server)) return try_folder(element);
+		if (!element.starts_with(server)) return try_folder(with_slashes(Path{element}).text);
 		for (std::string_view rest = element.substr(server.size()); !rest.empty();) {
 			const std::string_view part = rest.substr(0, rest.find('*'));
 			rest.remove_prefix(std::min(part.size() + 1, rest.size()));
-			if (!part.empty() && try_store(part)) return true;
+			if (!part.empty() && try_store(with_slashes(Path{part}).text)) return true;
 		}
 		return false;
 	}
