@@ -11,12 +11,14 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 job=${1:-all}
 
 build="build-essential cmake ninja-build ccache dpkg-dev xz-utils ca-certificates libcli11-dev
-  libdw-dev"
+  libdw-dev libstb-dev fonts-dejavu-core"
 checks="googletest binutils python3 pkg-config"
 windows="g++-mingw-w64-x86-64-posix wine64"
 clang="clang-19 libclang-rt-19-dev lld-19 llvm-19"
 # opens the crash dumps that the tests write
 dump_reader="lldb-19"
+# shows the page that the demo writes
+browser="chromium"
 static_checks="clang-format-19 clang-tidy-19 doxygen"
 # what the benchmarks compare with
 peers="libbenchmark-dev libbullet-dev libeigen3-dev libenet-dev libglm-dev libtbb-dev uuid-dev python3"
@@ -24,10 +26,10 @@ curves="python3-matplotlib"
 
 case $job in
   demo) packages="$build" ;;
-  test) packages="$build $checks $windows $clang $dump_reader $static_checks $peers" ;;
+  test) packages="$build $checks $windows $clang $dump_reader $browser $static_checks $peers" ;;
   bench) packages="$build $checks $peers $curves" ;;
-  coverage) packages="$build $checks $clang $dump_reader" ;;
-  all) packages="$build $checks $windows $clang $dump_reader $static_checks $peers $curves" ;;
+  coverage) packages="$build $checks $clang $dump_reader $browser" ;;
+  all) packages="$build $checks $windows $clang $dump_reader $browser $static_checks $peers $curves" ;;
   *) sed -n '2,/^set /{s/^# \{0,1\}//;/^set /!p}' "$0"; exit 2 ;;
 esac
 

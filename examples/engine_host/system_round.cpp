@@ -90,7 +90,7 @@ void write_and_read_file(System_round& round, const std::string& path) {
 
 	const Stopwatch write_watch;
 	xylNative_file file(path.c_str(), writing, xylFile_flag_create_always);
-	const bool is_written = file.write(words.data(), size) == size;
+	const bool is_written = file.is_valid() && file.write(words.data(), size) == size;
 	round.add("file written", "4 MiB", write_watch.ms(), is_written);
 
 	const Stopwatch read_watch;

@@ -13,6 +13,7 @@
 namespace {
 
 constexpr std::chrono::seconds longest_silence(20); // the client is then given up
+constexpr int looks_before_rest = 2000;             // without a packet
 
 class Server {
 public:
@@ -136,11 +137,15 @@ int Server::run() {
 	std::fflush(stdout);
 	xyl_log("server waits for %d ticks of %d agents", options_.ticks, options_.agents);
 	auto last_packet = std::chrono::steady_clock::now();
+	int idle_looks = 0;
 	while (!has_goodbye_ && std::chrono::steady_clock::now() - last_packet < longest_silence) {
 		if (receive_one()) {
 			last_packet = std::chrono::steady_clock::now();
-		} else {
+			idle_looks = 0;
+		} else if (++idle_looks < looks_before_rest) {
 			std::this_thread::yield();
+		} else {
+			std::this_thread::sleep_for(std::chrono::milliseconds(1)); // the client has other work
 		}
 	}
 	socket_.close_socket();

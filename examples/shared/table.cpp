@@ -16,7 +16,8 @@ void Table::print() const {
 	for (const Row& row : rows_) {
 		for (size_t i = 0; i < columns; ++i) {
 			widths[i] = std::max(widths[i], row[i].size());
-			if (&row != &rows_[0] && (row[i][0] < '0' || row[i][0] > '9')) is_number[i] = false;
+			const bool is_digit = row[i][0] >= '0' && row[i][0] <= '9';
+			if (&row != &rows_[0] && !is_digit && row[i] != "-") is_number[i] = false;
 		}
 	}
 	std::printf("\n");

@@ -13,7 +13,8 @@ public:
 
 	explicit Table(Row head) { rows_.push_back(head); }
 	void add(Row row) { rows_.push_back(row); }
-	// A column whose entries below the head all begin with a digit stands at its right edge.
+	// A column whose entries below the head all begin with a digit, or are "-", stands at its right
+	// edge.
 	void print() const;
 
 private:
