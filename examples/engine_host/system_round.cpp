@@ -76,7 +76,7 @@ void give_and_take_memory(System_round& round) {
 	// All blocks are back: one free range holds all that was taken from the pages.
 	is_right &= allocator->free_list_ && !allocator->free_list_->next &&
 	            allocator->free_list_->size == allocator->get_total_allocation_size();
-	allocator->~Allocator();
+	allocator->Allocator::~Allocator();
 	xyl_heap_free(allocator);
 	round.add("memory given and taken", "20,000 blocks", watch.ms(), is_right);
 }
