@@ -6,6 +6,8 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
+#include <random>
 #include <string>
 
 namespace {
@@ -92,6 +94,68 @@ TEST(number_parse, WrapsAMinusSignAndSaturatesAt64Bits) {
 	for (const Case& c : cases) {
 		SCOPED_TRACE(c.text);
 		EXPECT_EQ(parse_uint64(c.text), c.value);
+	}
+}
+
+TEST(number_parse, TellsWhereTheNumberEnds) {
+	struct Case {
+		const char* text;
+		int integer_end;
+		int decimal_end;
+	};
+	const Case cases[] = {
+		{"", 0, 0},
+		{"abc", 0, 0},
+		{"-", 0, 0},
+		{" +", 0, 0},
+		{"7", 1, 1},
+		{" -12 ", 4, 4},
+		{"12345678", 8, 8},
+		{"123456789 1", 9, 9},
+		{"99999999999999999999999 1", 23, 23},
+		{"-99999999999 1", 12, 12},
+		{"1.5\"", 1, 3},
+		{"5. ", 1, 2},
+		{".5 ", 0, 2},
+		{"1e5x", 1, 3},
+		{"1e+", 1, 1},
+		{"0x1p4,", 1, 5},
+		{"nan(ab_1) ", 0, 9},
+		{"nan( 1)", 0, 3},
+		{"-inf\t", 0, 4},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.text);
+		for (const xylInt64 readable : {xylInt64{0}, static_cast<xylInt64>(std::strlen(c.text))}) {
+			EXPECT_EQ(read_int32(c.text, readable).end - c.text, c.integer_end);
+			EXPECT_EQ(read_uint32(c.text, readable).end - c.text, c.integer_end);
+			EXPECT_EQ(read_double(c.text, readable).end - c.text, c.decimal_end);
+			EXPECT_EQ(read_float(c.text, readable).end - c.text, c.decimal_end);
+		}
+	}
+}
+
+// Eight digits at a time or one by one, behind a number stands anything that ends it.
+TEST(number_parse, ReadsTheSameByChunksOfReadableBytes) {
+	std::mt19937_64 random(2026);
+	for (int i = 0; i < 100000; ++i) {
+		std::string text = random() % 2 ? "-" : "";
+		for (auto k = random() % 24; k != 0; --k) text += static_cast<char>('0' + random() % 10);
+		if (random() % 2) text += '.';
+		for (auto k = random() % 24; k != 0; --k) text += static_cast<char>('0' + random() % 10);
+		text += " /:\x7f\xff\"\t,"[random() % 8];
+		text += std::to_string(random());
+		SCOPED_TRACE(text);
+		const char* const bytes = text.c_str();
+		const auto all = static_cast<xylInt64>(text.size());
+		const xylInt64 some = static_cast<xylInt64>(random()) & 15;
+		for (const xylInt64 readable : {some, all}) {
+			ASSERT_EQ(read_int32(bytes, readable).value, read_int32(bytes).value);
+			ASSERT_EQ(read_int32(bytes, readable).end, read_int32(bytes).end);
+			ASSERT_EQ(read_uint32(bytes, readable).value, read_uint32(bytes).value);
+			ASSERT_EQ(read_double(bytes, readable).value, read_double(bytes).value);
+			ASSERT_EQ(read_double(bytes, readable).end, read_double(bytes).end);
+		}
 	}
 }
 
