@@ -128,13 +128,13 @@ void xylVarString::append(int value) { append(static_cast<long long>(value)); }
 void xylVarString::append(unsigned int value) { append(static_cast<long long>(value)); }
 
 void xylVarString::append(long long value) {
-	char text[number_text::integer_max];
-	append_bytes(text, size_of(number_text::write_signed(text, value)));
+	append_written<number_text::integer_max>(
+		[value](char* out) { return number_text::write_signed(out, value); });
 }
 
 void xylVarString::append(unsigned long long value) {
-	char text[number_text::integer_max];
-	append_bytes(text, size_of(number_text::write_unsigned(text, value)));
+	append_written<number_text::integer_max>(
+		[value](char* out) { return number_text::write_unsigned(out, value); });
 }
 
 void xylVarString::append(float value) { append(static_cast<double>(value)); }

@@ -133,6 +133,31 @@ public:
 	void append_binary(const void* source, int count);
 	// `count` bytes and a terminator.
 	void push_back(const void* source, unsigned int count);
+	// Appends what `write` puts to the address that it is given: the bytes that it returns, 1 to
+	// `most`. It writes to the string's own storage where that has room for `most`.
+	template <size_t most, typename Write> void append_written(Write write) {
+		if (capacity_ - length_ <= static_cast<int>(most)) {
+			char text[most];
+			push_back(text, static_cast<unsigned int>(write(text)));
+			return;
+		}
+		char* const end = text_ + length_;
+		const int count = write(end);
+		length_ += count;
+		end[count] = 0;
+	}
+	// push_back() of a value's bytes without a call, while there is room.
+	template <typename Value> void push_back_value(Value value) {
+		const auto end = static_cast<unsigned int>(length_);
+		if (static_cast<unsigned int>(capacity_) <= end + sizeof(Value)) {
+			push_back(&value, sizeof(Value));
+			return;
+		}
+		char* const target = text_ + end;
+		length_ = static_cast<int>(end + sizeof(Value));
+		std::memcpy(target, &value, sizeof(Value));
+		target[sizeof(Value)] = 0;
+	}
 
 	// A copy of this string, cursor included, with the other appended.
 	xylVarString operator+(const xylVarString& other) const;

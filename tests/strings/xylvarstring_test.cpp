@@ -772,7 +772,7 @@ public:
 	explicit Random_edits(unsigned int seed) : random_(seed) {}
 
 	void step(Modelled& m, Modelled& other) {
-		const int kind = below(14);
+		const int kind = below(17);
 		const std::string some = random_bytes();
 		const int count = static_cast<int>(some.size());
 		const int length = static_cast<int>(m.bytes.size());
@@ -853,6 +853,32 @@ public:
 			const auto room = static_cast<unsigned int>(below(200));
 			m.text.ensure_length(room);
 			m.reserve(room);
+			break;
+		}
+		case 13: {
+			const long long magnitude = static_cast<long long>(random_()) << below(32);
+			const long long number = below(2) ? magnitude : -magnitude;
+			m.text.append(number);
+			append(std::to_string(number));
+			break;
+		}
+		case 14: {
+			m.text.push_back_value(count + (1ll << 40));
+			std::string stored(8, '\0');
+			stored[0] = static_cast<char>(count);
+			stored[5] = 1;
+			append(stored);
+			break;
+		}
+		case 15: {
+			const std::string written = some + "w";
+			m.text.append_written<41>([&written](char* out) {
+				std::memset(out, '?', 41); // all that was asked for may be written
+				std::memcpy(out, written.data(), written.size());
+				return static_cast<int>(written.size());
+			});
+			append(written);
+			EXPECT_EQ(m.text.char_p()[m.text.length()], 0);
 			break;
 		}
 		default:
