@@ -12,78 +12,72 @@ unsigned int unread_length(const xylVarString& buffer) {
 	return buffer.eof() ? 0 : static_cast<unsigned int>(buffer.stream_length());
 }
 
-template <typename Value> void store(xylVarString& buffer, const Value& value) {
-	const auto end = static_cast<unsigned int>(buffer.length());
-	buffer.set_length_externally(end + sizeof(Value));
-	std::memcpy(&buffer[end], &value, sizeof(Value));
-}
-
 template <typename Value> void load(xylVarString& buffer, Value& value) {
 	std::memcpy(&value, buffer.buffer_p(), sizeof(Value));
 	buffer.advance_cursor_by(sizeof(Value));
 }
 
 void store_text(xylVarString& buffer, const char* text, size_t length) {
-	store(buffer, static_cast<xylUInt32>(length));
+	buffer.push_back_value(static_cast<xylUInt32>(length));
 	buffer.push_back(text, static_cast<unsigned int>(length));
 }
 
 } // namespace
 
 xylIO_Stream& xylIO_binary_stream::operator<<(const xylQuaternion& value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(const xylIO_Stream& source) {
 	const unsigned int count = unread_length(source.buffer);
-	store(buffer, count);
+	buffer.push_back_value(count);
 	buffer.push_back(source.buffer.buffer_p(), count);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(float value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(bool value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(xylUInt64 value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(xylInt64 value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(int value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(unsigned int value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(short value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(unsigned char value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(unsigned short value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 
@@ -100,7 +94,7 @@ xylIO_Stream& xylIO_binary_stream::operator<<(const xylString_base& text) {
 xylIO_Stream& xylIO_binary_stream::operator<<(const xylStream_manip&) { return *this; }
 
 xylIO_Stream& xylIO_binary_stream::operator<<(char value) {
-	store(buffer, value);
+	buffer.push_back_value(value);
 	return *this;
 }
 

@@ -1,5 +1,6 @@
 #include <morvantis/io/xylio_text_stream.h>
 
+#include <morvantis/core/ascii.h>
 #include <morvantis/core/number_parse.h>
 #include <morvantis/core/number_text.h>
 #include <morvantis/core/xylreport.h>
@@ -18,6 +19,23 @@ constexpr char broken_format_text[] = "format broken";
 
 using Lock = std::lock_guard<xylRecursive_mutex>;
 
+constexpr int token_area = 8192; // bytes of a token with its terminator
+
+inline void move_cursor_to(xylVarString& buffer, const char* at) {
+	buffer.reset_cursor(static_cast<int>(at - buffer.char_p()));
+}
+
+// The start of the next token where it stands, if a separator ends it there; null for one in
+// quotes, in a text without a terminator, and where there is none.
+inline const char* token_in_place(const xylVarString& buffer) {
+	if (buffer.eof()) return nullptr;
+	const char* at = static_cast<const char*>(buffer.buffer_p());
+	const char* const end = at + buffer.stream_length();
+	if (!ascii::is_separator(*end)) return nullptr;
+	while (at != end && ascii::is_separator(*at)) ++at;
+	return at == end || *at == '"' ? nullptr : at;
+}
+
 // The next token of a stream, in the area that bounds its length.
 class Token {
 public:
@@ -26,22 +44,56 @@ public:
 		stream.buffer.next_token(text_, size_);
 	}
 	const char* text() const { return text_; }
-	const char* end() const { return text_ + std::min(size_, limit - 1); }
+	const char* end() const { return text_ + std::min(size_, token_area - 1); }
 
 private:
-	static constexpr int limit = 8192;
-	char text_[limit];
+	char text_[token_area];
 	int size_;
 };
 
-// The digits from `begin` to `end`, whatever characters they are, wrapping around.
-xylUInt64 sum_of_digits(const char* begin, const char* end) {
-	xylUInt64 sum = 0;
-	xylUInt64 power = 1;
-	for (const char* at = end; at != begin; power *= 10) {
-		sum += power * static_cast<xylUInt64>(static_cast<xylInt64>(*--at - '0'));
+// Reads a number by `read` from the next token, and moves the cursor behind that. Most tokens are
+// nothing but a number: those are read where they stand, all others from a copy.
+template <auto read> inline auto read_number(xylIO_text_stream& stream) {
+	if (const char* const start = token_in_place(stream.buffer)) {
+		const char* const text_end = stream.buffer.char_p() + stream.buffer.length();
+		const auto number = read(start, text_end - start);
+		if (ascii::is_separator(*number.end) && number.end - start < token_area) {
+			move_cursor_to(stream.buffer, number.end);
+			return number.value;
+		}
 	}
-	return sum;
+	return read(Token(stream).text(), 0).value;
+}
+
+// The digits from `begin` to `end`, whatever characters they are, wrapping around.
+xylUInt64 read_digits(const char* begin, const char* end) {
+	xylUInt64 value = 0;
+	for (const char* at = begin; at != end; ++at) {
+		value = value * 10 + static_cast<xylUInt64>(static_cast<xylInt64>(*at - '0'));
+	}
+	return value;
+}
+
+// A text where it stands, as a string to be read.
+class Digits final : public xylString_base {
+public:
+	Digits(char* text, int length) {
+		text_ = text;
+		length_ = length;
+		text[length] = 0;
+	}
+
+private:
+	using xylString_base::operator=;
+	void operator=(const char*) override {}
+	void set(const char*, int) override {}
+	bool replace(const char*, const char*) override { return false; }
+};
+
+// What each output ends with.
+xylIO_Stream& end_output(xylIO_text_stream& stream) {
+	if (stream.auto_flush) stream.flush();
+	return stream;
 }
 
 int write_fixed6_and_blank(char* out, double value) {
@@ -64,28 +116,28 @@ void xylIO_text_stream::check_has_tokens() {
 	if (!buffer.has_more_tokens()) xyl_error(end_of_file_text, name.char_p());
 }
 
-void xylIO_text_stream::append(const char* text, int length) {
+xylIO_Stream& xylIO_text_stream::append(const char* text, int length) {
 	buffer.push_back(text, static_cast<unsigned int>(length));
-	if (auto_flush) flush();
+	return end_output(*this);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(const xylQuaternion& value) {
 	const Lock lock(stream_mutex);
-	char text[4 * (number_text::fixed_max + 1)];
-	int length = 0;
-	for (const float part : {value.x, value.y, value.z, value.w}) {
-		length += write_fixed6_and_blank(text + length, static_cast<double>(part));
-	}
-	append(text, length);
-	return *this;
+	buffer.append_written<4 * (number_text::fixed_max + 1)>([&value](char* out) {
+		int length = 0;
+		for (const float part : {value.x, value.y, value.z, value.w}) {
+			length += write_fixed6_and_blank(out + length, static_cast<double>(part));
+		}
+		return length;
+	});
+	return end_output(*this);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(const xylIO_Stream& source) {
 	const Lock lock(stream_mutex);
 	const int count = source.buffer.length();
 	*this << count;
-	append(source.buffer.char_p(), count);
-	return *this;
+	return append(source.buffer.char_p(), count);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(float value) {
@@ -94,29 +146,25 @@ xylIO_Stream& xylIO_text_stream::operator<<(float value) {
 
 xylIO_Stream& xylIO_text_stream::operator<<(bool value) {
 	const Lock lock(stream_mutex);
-	append(value ? "1 " : "0 ", 2);
-	return *this;
+	return append(value ? "1 " : "0 ", 2);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(xylUInt64 value) {
 	const Lock lock(stream_mutex);
 	char text[number_text::integer_max + 1];
-	text[number_text::write_unsigned(text, value)] = 0;
-	return *this << xylConstString<64>(text);
+	return *this << Digits(text, number_text::write_unsigned(text, value));
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(xylInt64 value) {
 	const Lock lock(stream_mutex);
 	char text[number_text::integer_max + 1];
-	text[number_text::write_signed(text, value)] = 0;
-	return *this << xylConstString<64>(text);
+	return *this << Digits(text, number_text::write_signed(text, value));
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(int value) {
 	const Lock lock(stream_mutex);
-	char text[number_text::integer_max];
-	append(text, number_text::write_signed(text, value));
-	return *this;
+	buffer.append(value);
+	return end_output(*this);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(unsigned int value) {
@@ -137,14 +185,13 @@ xylIO_Stream& xylIO_text_stream::operator<<(unsigned short value) {
 
 xylIO_Stream& xylIO_text_stream::operator<<(const char* text) {
 	const Lock lock(stream_mutex);
-	append(text, text ? static_cast<int>(std::strlen(text)) : 0);
-	return *this;
+	return append(text, text ? static_cast<int>(std::strlen(text)) : 0);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(const xylString_base& text) {
 	const Lock lock(stream_mutex);
-	append(text.char_p(), text.length());
-	return *this;
+	buffer.append(text);
+	return end_output(*this);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(const xylStream_manip&) {
@@ -158,68 +205,69 @@ xylIO_Stream& xylIO_text_stream::operator<<(char value) {
 
 xylIO_Stream& xylIO_text_stream::operator<<(double value) {
 	const Lock lock(stream_mutex);
-	char text[number_text::fixed_max + 1];
-	append(text, write_fixed6_and_blank(text, value));
-	return *this;
+	buffer.append_written<number_text::fixed_max + 1>(
+		[value](char* out) { return write_fixed6_and_blank(out, value); });
+	return end_output(*this);
 }
 
 xylIO_Stream& xylIO_text_stream::operator<<(const xylInt_vec3& value) {
 	const Lock lock(stream_mutex);
-	char text[3 * (number_text::integer_max + 1)];
-	int length = 0;
-	for (const int part : {value.x, value.y, value.z}) {
-		length += write_int_and_blank(text + length, part);
-	}
-	append(text, length);
-	return *this;
+	buffer.append_written<3 * (number_text::integer_max + 1)>([&value](char* out) {
+		int length = 0;
+		for (const int part : {value.x, value.y, value.z}) {
+			length += write_int_and_blank(out + length, part);
+		}
+		return length;
+	});
+	return end_output(*this);
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(char& value) {
 	const Lock lock(stream_mutex);
-	value = static_cast<char>(number_parse::parse_uint32(Token(*this).text()));
+	value = static_cast<char>(read_number<number_parse::read_uint32>(*this));
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(unsigned char& value) {
 	const Lock lock(stream_mutex);
-	value = static_cast<unsigned char>(number_parse::parse_int32(Token(*this).text()));
+	value = static_cast<unsigned char>(read_number<number_parse::read_int32>(*this));
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(short& value) {
 	const Lock lock(stream_mutex);
-	value = static_cast<short>(number_parse::parse_int32(Token(*this).text()));
+	value = static_cast<short>(read_number<number_parse::read_int32>(*this));
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(unsigned short& value) {
 	const Lock lock(stream_mutex);
-	value = static_cast<unsigned short>(number_parse::parse_int32(Token(*this).text()));
+	value = static_cast<unsigned short>(read_number<number_parse::read_int32>(*this));
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(int& value) {
 	const Lock lock(stream_mutex);
-	value = static_cast<int>(number_parse::parse_uint32(Token(*this).text()));
+	value = static_cast<int>(read_number<number_parse::read_uint32>(*this));
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(unsigned int& value) {
 	const Lock lock(stream_mutex);
-	value = number_parse::parse_uint32(Token(*this).text());
+	value = read_number<number_parse::read_uint32>(*this);
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(bool& value) {
 	const Lock lock(stream_mutex);
-	value = number_parse::parse_int32(Token(*this).text()) != 0;
+	value = read_number<number_parse::read_int32>(*this) != 0;
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(xylUInt64& value) {
 	const Lock lock(stream_mutex);
 	const Token token(*this);
-	value = sum_of_digits(token.text(), token.end());
+	value = read_digits(token.text(), token.end());
 	return *this;
 }
 
@@ -227,20 +275,20 @@ xylIO_Stream& xylIO_text_stream::operator>>(xylInt64& value) {
 	const Lock lock(stream_mutex);
 	const Token token(*this);
 	const bool negative = *token.text() == '-';
-	const xylUInt64 sum = sum_of_digits(token.text() + (negative ? 1 : 0), token.end());
-	value = static_cast<xylInt64>(negative ? 0 - sum : sum);
+	const xylUInt64 digits = read_digits(token.text() + (negative ? 1 : 0), token.end());
+	value = static_cast<xylInt64>(negative ? 0 - digits : digits);
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(float& value) {
 	const Lock lock(stream_mutex);
-	value = number_parse::parse_float(Token(*this).text());
+	value = read_number<number_parse::read_float>(*this);
 	return *this;
 }
 
 xylIO_Stream& xylIO_text_stream::operator>>(double& value) {
 	const Lock lock(stream_mutex);
-	value = static_cast<double>(number_parse::parse_float(Token(*this).text()));
+	value = static_cast<double>(read_number<number_parse::read_float>(*this));
 	return *this;
 }
 

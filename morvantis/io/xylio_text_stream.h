@@ -92,6 +92,6 @@ public:
 	xylRecursive_mutex stream_mutex; // held by each operator
 
 private:
-	void append(const char* text, int length);
+	xylIO_Stream& append(const char* text, int length);
 	bool checks_format(const xylString_base& expected);
 };
