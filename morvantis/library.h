@@ -77,6 +77,7 @@
 #include <morvantis/math/lanes.h>
 #include <morvantis/math/wrapping.h>
 #include <morvantis/math/xylbounding_box.h>
+#include <morvantis/math/xylconvex_polygon.h>
 #include <morvantis/math/xylfrustum.h>
 #include <morvantis/math/xylint_vec2.h>
 #include <morvantis/math/xylint_vec3.h>

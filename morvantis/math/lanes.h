@@ -71,6 +71,13 @@ inline __m128 approximate_inverse_root(__m128 l) {
 	return _mm_mul_ss(_mm_mul_ss(_mm_set_ss(0.5f), r), rest);
 }
 
+// The same of all four lanes, and the same bits.
+inline __m128 approximate_inverse_roots(__m128 l) {
+	const __m128 r = _mm_rsqrt_ps(l);
+	const __m128 rest = _mm_sub_ps(_mm_set1_ps(3), _mm_mul_ps(_mm_mul_ps(l, r), r));
+	return _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(0.5f), r), rest);
+}
+
 // The first lane in the first three, and 1 in the fourth: as a factor it keeps the fourth lane.
 inline __m128 as_scale(__m128 v) {
 	const __m128 k_1 = _mm_unpacklo_ps(v, _mm_set1_ps(1));
