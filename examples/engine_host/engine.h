@@ -16,6 +16,7 @@ public:
 	// was told.
 	bool run();
 	void print_summary() const;
+	const World& world() const { return world_; }
 	// Over all packets and records, the same on every machine for the same options.
 	unsigned int hash() const { return hash_; }
 

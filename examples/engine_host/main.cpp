@@ -5,6 +5,7 @@
 #include "engine.h"
 #include "page.h"
 #include "second_host.h"
+#include "state_files.h"
 #include "system_round.h"
 
 #include <morvantis/core/xylreport.h>
@@ -76,16 +77,19 @@ int run_engine(const Run_options& options) {
 	}
 	Engine engine(options, second.port());
 	const bool is_run = engine.run();
+	const State_files states = run_state_files(engine.world().agents(), options.out);
 	const bool is_content = second.wait_until_content();
 	system.machine.print();
 	system.work.print();
+	states.print();
 	engine.print_summary();
 	std::printf("\n  the second host %s\n",
 	            is_content ? "saw every undamaged packet arrive equal, and dropped every other"
 	                       : "IS NOT CONTENT");
 	std::printf("  packets and records have the hash %08x, the same on every system\n",
 	            engine.hash());
-	return is_run && is_content && system.is_sound ? exit_well : exit_not_equal;
+	return is_run && is_content && system.is_sound && states.is_sound() ? exit_well
+	                                                                    : exit_not_equal;
 }
 
 int play_role(const Run_options& options) {
