@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <new>
+#include <string_view>
 
 #include <dwarf.h>
 #include <elfutils/libdwelf.h>
@@ -39,18 +42,54 @@ auto first_above(const Plain_array<Value>& values, xylUInt64 address, xylUInt64 
 	                        [key](xylUInt64 a, const Value& value) { return a < value.*key; });
 }
 
-// Calls `visit` for each child of `parent` until it returns true. libdw follows the links between
-// neighbours as they stand, so in a damaged file they may lead back: only the way forward counts.
+// Moves on to the next child of the same parent. False at the end; libdw follows the links between
+// neighbours as they stand, so in a damaged file they may lead back, and that is an end too.
+bool step_on(Dwarf_Die& child) {
+	const Dwarf_Off here = dwarf_dieoffset(&child);
+	Dwarf_Die next;
+	if (dwarf_siblingof(&child, &next) != 0 || dwarf_dieoffset(&next) <= here) return false;
+	child = next;
+	return true;
+}
+
+// Calls `visit` for each child of `parent` until it returns true.
 template <typename Visit> void for_each_child(Dwarf_Die& parent, Visit visit) {
 	Dwarf_Die child;
 	if (dwarf_child(&parent, &child) != 0) return;
-	for (;;) {
-		if (visit(child)) return;
-		const Dwarf_Off here = dwarf_dieoffset(&child);
-		Dwarf_Die next;
-		if (dwarf_siblingof(&child, &next) != 0 || dwarf_dieoffset(&next) <= here) return;
-		child = next;
+	while (!visit(child) && step_on(child));
+}
+
+bool is_namespace(int tag) { return tag == DW_TAG_namespace || tag == DW_TAG_module; }
+
+// Searches a .debug_aranges section for the unit with the code at `address`. The table is a list of
+// sets, one a unit, of 64-bit (start, length) pairs behind a header of 12 bytes and its padding
+// (DWARF 5, section 6.1.2). libdw's own reader sorts all of it first, which takes a hundred times
+// as long as one look at each pair.
+bool find_in_unit_table(std::string_view table, xylUInt64 address, Dwarf_Off& unit) {
+	struct Pair {
+		xylUInt64 start, length;
+	};
+	constexpr size_t header_size = 12;
+	while (table.size() >= header_size) {
+		xylUInt32 length;
+		xylUInt16 version;
+		xylUInt32 offset;
+		std::memcpy(&length, table.data(), sizeof(length));
+		std::memcpy(&version, table.data() + 4, sizeof(version));
+		std::memcpy(&offset, table.data() + 6, sizeof(offset));
+		const size_t set_size = std::min<size_t>(length + sizeof(length), table.size());
+		const bool is_readable = version == 2 && table[10] == sizeof(xylUInt64) && table[11] == 0;
+		for (size_t at = sizeof(Pair); is_readable && at + sizeof(Pair) <= set_size;
+		     at += sizeof(Pair)) {
+			Pair pair;
+			std::memcpy(&pair, table.data() + at, sizeof(pair));
+			if (address - pair.start >= pair.length) continue;
+			unit = offset;
+			return true;
+		}
+		table.remove_prefix(set_size);
 	}
+	return false;
 }
 
 xylUInt64 number_of(Dwarf_Die& die, unsigned int attribute) {
@@ -131,6 +170,11 @@ bool os::Elf_symbols::open(const char* path) {
 }
 
 void os::Elf_symbols::close() {
+	for (Unit* const unit : units_) {
+		unit->~Unit();
+		std::free(unit);
+	}
+	units_.clear();
 	if (dwarf_) dwarf_end(dwarf_);
 	if (elf_) elf_end(elf_);
 	if (file_ >= 0) ::close(file_);
@@ -154,6 +198,7 @@ void os::Elf_symbols::add_section(Elf_Scn* section, const char* name, const GElf
 	if (header.sh_type != SHT_NOBITS &&
 	    (std::strcmp(name, ".debug_info") == 0 || std::strcmp(name, ".zdebug_info") == 0))
 		has_debug_info_ = true;
+	if (std::strcmp(name, ".debug_aranges") == 0) unit_table_ = section;
 	if (header.sh_type == SHT_SYMTAB && header.sh_size > 0) {
 		symbol_table_ = section;
 		symbol_names_ = header.sh_link;
@@ -246,91 +291,139 @@ os::Elf_symbols::function_symbol_at(xylUInt64 address) const {
 	return is_inside ? found : nullptr;
 }
 
+const os::Elf_symbols::Range* os::Elf_symbols::Range_index::find(xylUInt64 address) const {
+	if (!is_complete) return find_from(0, address);
+	const Range* const behind = first_above(ranges, address, &Range::low);
+	return behind != ranges.begin() && address < behind[-1].high ? behind - 1 : nullptr;
+}
+
+const os::Elf_symbols::Range* os::Elf_symbols::Range_index::find_from(size_t first,
+                                                                      xylUInt64 address) const {
+	const Range* const found =
+		std::find_if(ranges.begin() + first, ranges.end(), [address](const Range& range) {
+			return address - range.low < range.high - range.low;
+		});
+	return found != ranges.end() ? found : nullptr;
+}
+
+void os::Elf_symbols::Range_index::complete() {
+	is_complete = true;
+	std::sort(ranges.begin(), ranges.end(),
+	          [](const Range& a, const Range& b) { return a.low < b.low; });
+}
+
 Dwarf* os::Elf_symbols::dwarf() {
 	if (dwarf_is_tried_ || !has_debug_info_) return dwarf_;
 	dwarf_is_tried_ = true;
 	dwarf_ = dwarf_begin_elf(elf_, DWARF_C_READ, nullptr);
-	size_t count = 0;
-	if (dwarf_ && dwarf_getaranges(dwarf_, &address_ranges_, &count) != 0)
-		address_ranges_ = nullptr;
 	return dwarf_;
 }
 
-// The unit that compiled the code at `address`. Where the compiler left a table of address ranges,
-// it is asked first, which spares the reading of all units; what it doesn't have (not every
-// compiler writes its part) is looked up in the ranges of the units themselves.
+// The unit that compiled the code at `address`. The table of address ranges is asked first, where
+// there is one, since it is quickly gone through; what it doesn't have (not every compiler writes
+// its part) is looked up in the ranges of the units themselves.
 os::Elf_symbols::Unit* os::Elf_symbols::unit_at(xylUInt64 address) {
 	if (!dwarf()) return nullptr;
-	Dwarf_Arange* const range =
-		address_ranges_ ? dwarf_getarange_addr(address_ranges_, address) : nullptr;
 	Dwarf_Off die = 0;
-	if (range && dwarf_getarangeinfo(range, nullptr, nullptr, &die) == 0) return unit_of(die);
-	if (!units_are_read_) read_units();
-	const Range* found = first_above(unit_ranges_, address, &Range::low);
-	if (found == unit_ranges_.begin()) return nullptr;
-	--found;
-	return address < found->high ? unit_of(found->owner) : nullptr;
+	if (unit_in_table(address, die)) return unit_of(die);
+	const Range* found = unit_ranges_.find(address);
+	if (!found && !unit_ranges_.is_complete) found = read_to_unit(address);
+	return found ? unit_of(found->owner) : nullptr;
+}
+
+bool os::Elf_symbols::unit_in_table(xylUInt64 address, Dwarf_Off& die) {
+	const Elf_Data* const table = unit_table_ ? elf_getdata(unit_table_, nullptr) : nullptr;
+	if (!table || !table->d_buf) return false;
+	const std::string_view bytes(static_cast<const char*>(table->d_buf), table->d_size);
+	Dwarf_Off unit = 0;
+	if (!find_in_unit_table(bytes, address, unit)) return false;
+	Dwarf_Off next = 0;
+	size_t header = 0;
+	if (dwarf_nextcu(dwarf_, unit, &next, &header, nullptr, nullptr, nullptr) != 0) return false;
+	die = unit + header;
+	return true;
 }
 
 os::Elf_symbols::Unit* os::Elf_symbols::unit_of(Dwarf_Off die) {
-	for (Unit& unit : units_)
-		if (unit.die == die) return &unit;
-	return units_.push({die, 0, 0, false}) ? units_.end() - 1 : nullptr;
+	for (Unit* const unit : units_)
+		if (unit->die == die) return unit;
+	void* const memory = std::malloc(sizeof(Unit));
+	if (!memory) return nullptr;
+	Unit* const unit = new (memory) Unit(die);
+	if (units_.push(unit)) return unit;
+	unit->~Unit();
+	std::free(memory);
+	return nullptr;
 }
 
-void os::Elf_symbols::read_units() {
-	units_are_read_ = true;
-	Dwarf_CU* unit = nullptr;
+// Goes on reading units until the one with the code at `address` is met.
+const os::Elf_symbols::Range* os::Elf_symbols::read_to_unit(xylUInt64 address) {
 	Dwarf_Die die;
 	xylUInt8 type = 0;
-	while (dwarf_get_units(dwarf_, unit, &unit, nullptr, &type, &die, nullptr) == 0)
-		if (type == DW_UT_compile || type == DW_UT_skeleton)
-			add_ranges(die, dwarf_dieoffset(&die), unit_ranges_);
-	std::sort(unit_ranges_.begin(), unit_ranges_.end(),
-	          [](const Range& a, const Range& b) { return a.low < b.low; });
+	while (dwarf_get_units(dwarf_, last_unit_, &last_unit_, nullptr, &type, &die, nullptr) == 0) {
+		const size_t known = unit_ranges_.ranges.size();
+		if (type == DW_UT_compile || type == DW_UT_skeleton) add_ranges(die, unit_ranges_);
+		if (const Range* const found = unit_ranges_.find_from(known, address)) return found;
+	}
+	unit_ranges_.complete();
+	return unit_ranges_.find(address);
 }
 
 // Appends where `die` has code. Functions that the linker dropped keep a range at 0 or thereabouts,
 // which is no code.
-void os::Elf_symbols::add_ranges(Dwarf_Die& die, xylUInt64 owner,
-                                 Plain_array<Range>& ranges) const {
+void os::Elf_symbols::add_ranges(Dwarf_Die& die, Range_index& index) const {
 	Dwarf_Addr base = 0;
 	Dwarf_Addr low = 0;
 	Dwarf_Addr high = 0;
 	for (ptrdiff_t next = 0; (next = dwarf_ranges(&die, next, &base, &low, &high)) > 0;) {
 		if (low >= high || !code_section_at(low)) continue;
-		if (ranges.size() >= max_ranges || !ranges.push({low, high, owner})) return;
+		if (index.ranges.size() >= max_ranges ||
+		    !index.ranges.push({low, high, dwarf_dieoffset(&die)}))
+			return;
 	}
 }
 
-// Collects the functions with code of their own below `parent`, a unit or namespace.
-void os::Elf_symbols::walk_functions(Dwarf_Die& parent, int depth) {
+void os::Elf_symbols::add_function(Dwarf_Die& die, Unit& unit) const {
+	// Most have no code: declarations, and what was inlined everywhere.
+	if (dwarf_hasattr(&die, DW_AT_low_pc) || dwarf_hasattr(&die, DW_AT_ranges))
+		add_ranges(die, unit.functions);
+}
+
+void os::Elf_symbols::walk_namespace(Dwarf_Die& parent, Unit& unit, int depth) const {
 	for_each_child(parent, [&](Dwarf_Die& child) {
 		const int tag = dwarf_tag(&child);
-		if (tag == DW_TAG_subprogram) add_ranges(child, dwarf_dieoffset(&child), unit_functions_);
-		if ((tag == DW_TAG_namespace || tag == DW_TAG_module) && depth < max_depth)
-			walk_functions(child, depth + 1);
-		return unit_functions_.size() >= max_ranges;
+		if (tag == DW_TAG_subprogram) add_function(child, unit);
+		if (is_namespace(tag) && depth < max_depth) walk_namespace(child, unit, depth + 1);
+		return unit.functions.ranges.size() >= max_ranges;
 	});
 }
 
-bool os::Elf_symbols::function_at(Unit& unit, xylUInt64 address, Dwarf_Die& function) {
-	if (!unit.is_walked) {
-		unit.is_walked = true;
-		unit.functions_begin = static_cast<xylUInt32>(unit_functions_.size());
-		Dwarf_Die die;
-		if (dwarf_offdie(dwarf_, unit.die, &die)) walk_functions(die, 0);
-		unit.functions_end = static_cast<xylUInt32>(unit_functions_.size());
-		std::sort(unit_functions_.begin() + unit.functions_begin, unit_functions_.end(),
-		          [](const Range& a, const Range& b) { return a.low < b.low; });
+// Goes on with the walk through a unit until the function at `address` is met. GCC puts all
+// functions with code into the unit itself and so do others with most, so namespaces come last.
+const os::Elf_symbols::Range* os::Elf_symbols::walk_to_function(Unit& unit,
+                                                                xylUInt64 address) const {
+	Dwarf_Die die;
+	if (!unit.is_started && dwarf_offdie(dwarf_, unit.die, &die))
+		unit.has_next = dwarf_child(&die, &unit.next) == 0;
+	unit.is_started = true;
+	while (unit.has_next && unit.functions.ranges.size() < max_ranges) {
+		const int tag = dwarf_tag(&unit.next);
+		const size_t known = unit.functions.ranges.size();
+		if (tag == DW_TAG_subprogram) add_function(unit.next, unit);
+		if (is_namespace(tag)) unit.namespaces.push(dwarf_dieoffset(&unit.next));
+		unit.has_next = step_on(unit.next);
+		if (const Range* const found = unit.functions.find_from(known, address)) return found;
 	}
-	const Range* const first = unit_functions_.begin() + unit.functions_begin;
-	const Range* const last = unit_functions_.begin() + unit.functions_end;
-	const Range* found = std::upper_bound(
-		first, last, address, [](xylUInt64 a, const Range& range) { return a < range.low; });
-	if (found == first) return false;
-	--found;
-	return address < found->high && dwarf_offdie(dwarf_, found->owner, &function);
+	for (const Dwarf_Off offset : unit.namespaces)
+		if (dwarf_offdie(dwarf_, offset, &die)) walk_namespace(die, unit, 0);
+	unit.functions.complete();
+	return unit.functions.find(address);
+}
+
+bool os::Elf_symbols::function_at(Unit& unit, xylUInt64 address, Dwarf_Die& function) const {
+	const Range* found = unit.functions.find(address);
+	if (!found && !unit.functions.is_complete) found = walk_to_function(unit, address);
+	return found && dwarf_offdie(dwarf_, found->owner, &function);
 }
 
 void os::Elf_symbols::add_line(xylUInt64 address, Place& place) {

@@ -71,14 +71,29 @@ private:
 		xylUInt32 name; // offset in the string table
 		xylUInt32 rank; // of several at one address, the lowest is shown
 	};
-	struct Unit {
-		Dwarf_Off die;
-		xylUInt32 functions_begin, functions_end; // in unit_functions_
-		bool is_walked;                           // whether these two are set
-	};
 	struct Range {
 		xylUInt64 low, high;
-		xylUInt64 owner; // a unit's index or a function's offset in .debug_info
+		xylUInt64 owner; // offset of a unit or function in .debug_info
+	};
+	// Ranges that are read only as far as it takes to find what is asked for.
+	struct Range_index {
+		const Range* find(xylUInt64 address) const;
+		// The same among those from the one with number `first` on, before all are there.
+		const Range* find_from(size_t first, xylUInt64 address) const;
+		void complete(); // no more will come: sorts them
+
+		Plain_array<Range> ranges;
+		bool is_complete = false;
+	};
+	// A compilation unit of which something was asked.
+	struct Unit {
+		explicit Unit(Dwarf_Off offset) : die(offset) {}
+
+		Dwarf_Off die;
+		Range_index functions;
+		Plain_array<Dwarf_Off> namespaces; // met so far
+		Dwarf_Die next;                    // where the walk goes on
+		bool has_next = false, is_started = false;
 	};
 
 	void close();
@@ -95,10 +110,13 @@ private:
 	Dwarf* dwarf();
 	Unit* unit_at(xylUInt64 address);
 	Unit* unit_of(Dwarf_Off die);
-	void read_units();
-	void add_ranges(Dwarf_Die& die, xylUInt64 owner, Plain_array<Range>& ranges) const;
-	void walk_functions(Dwarf_Die& parent, int depth);
-	bool function_at(Unit& unit, xylUInt64 address, Dwarf_Die& function);
+	bool unit_in_table(xylUInt64 address, Dwarf_Off& die);
+	const Range* read_to_unit(xylUInt64 address);
+	void add_ranges(Dwarf_Die& die, Range_index& index) const;
+	void add_function(Dwarf_Die& die, Unit& unit) const;
+	void walk_namespace(Dwarf_Die& parent, Unit& unit, int depth) const;
+	const Range* walk_to_function(Unit& unit, xylUInt64 address) const;
+	bool function_at(Unit& unit, xylUInt64 address, Dwarf_Die& function) const;
 	void add_line(xylUInt64 address, Place& place);
 
 	int file_ = -1;
@@ -116,12 +134,10 @@ private:
 
 	Dwarf* dwarf_ = nullptr;
 	bool dwarf_is_tried_ = false;
-	Dwarf_Aranges* address_ranges_ = nullptr; // the file's own table of units, where it has one
-	bool units_are_read_ = false;
-	Plain_array<Unit> units_;
-	Plain_array<Range> unit_ranges_; // sorted by low; owner: index in units_
-	Plain_array<Range>
-		unit_functions_; // sorted by low within each unit; owner: the function's offset
+	Elf_Scn* unit_table_ = nullptr; // .debug_aranges, where the compiler wrote it
+	Range_index unit_ranges_;
+	Dwarf_CU* last_unit_ = nullptr; // read so far
+	Plain_array<Unit*> units_;      // those that were asked something; owned
 };
 
 } // namespace os

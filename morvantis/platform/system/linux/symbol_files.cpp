@@ -99,9 +99,12 @@ struct os::Symbol_files::Search {
 
 	// True: the search is over.
 	bool try_file(const char* path) {
-		const Known_file* const file = files.know(path);
-		if (!file || !file->has_build_id || std::memcmp(file->build_id, build.guid, id_size) != 0)
+		Known_file* const file = files.know(path, nullptr);
+		if (!file) return false;
+		if (!is_of(*file, build) || (!file->has_debug_info && !file->has_symbol_table)) {
+			files.close(*file);
 			return false;
+		}
 		const bool is_better = file->has_debug_info || (file->has_symbol_table && !has_names);
 		if (is_better) std::snprintf(found, sizeof(found), "%s", path);
 		has_names = has_names || file->has_symbol_table;
@@ -170,6 +173,10 @@ struct os::Symbol_files::Search {
 	}
 };
 
+bool os::Symbol_files::is_of(const Known_file& file, const Wanted_build& build) {
+	return file.has_build_id && std::memcmp(file.build_id, build.guid, id_size) == 0;
+}
+
 bool os::Symbol_files::find(const char* search_paths, const Wanted_build& build,
                             char (&found)[1024]) {
 	std::string_view name = file_name(build.name);
@@ -189,24 +196,16 @@ os::Elf_symbols* os::Symbol_files::open(const char* path, const Wanted_build& bu
 os::Elf_symbols* os::Symbol_files::open_beside(const Elf_symbols* kept, const char* path,
                                                const Wanted_build& build) {
 	if (!has_identity(build.guid)) return nullptr;
-	Known_file* const file = know(path);
-	if (!file || !file->has_build_id || std::memcmp(file->build_id, build.guid, id_size) != 0)
-		return nullptr;
-	if (file->symbols) return file->symbols;
-	make_room_for_open(kept);
-	void* const memory = std::malloc(sizeof(Elf_symbols));
-	if (!memory) return nullptr;
-	file->symbols = new (memory) Elf_symbols;
-	// It may have been replaced since its facts were read.
-	const bool is_open = file->symbols->open(path);
-	const unsigned char* const id = is_open ? file->symbols->build_id() : nullptr;
-	if (!id || std::memcmp(id, build.guid, id_size) != 0) close(*file);
+	Known_file* const file = know(path, kept);
+	if (!file) return nullptr;
+	if (is_of(*file, build) && !file->symbols) open(*file, kept);
+	if (!is_of(*file, build)) close(*file); // it may have been replaced in between
 	return file->symbols;
 }
 
 // What is known of the file at `path`, read now unless it is unchanged since the last time. Null:
 // no readable file.
-os::Symbol_files::Known_file* os::Symbol_files::know(const char* path) {
+os::Symbol_files::Known_file* os::Symbol_files::know(const char* path, const Elf_symbols* kept) {
 	struct stat facts;
 	const bool is_there = path[0] != 0 && stat(path, &facts) == 0 && S_ISREG(facts.st_mode);
 	Known_file* file = std::find_if(files_, files_ + count_, [path](const Known_file& known) {
@@ -226,21 +225,26 @@ os::Symbol_files::Known_file* os::Symbol_files::know(const char* path) {
 	if (!file->path) return nullptr;
 	++count_;
 	file->last_use = ++uses_;
-	read_facts(*file, facts);
+	file->device = facts.st_dev;
+	file->inode = facts.st_ino;
+	file->size = facts.st_size;
+	file->changed = facts.st_mtim;
+	open(*file, kept);
 	return file;
 }
 
-void os::Symbol_files::read_facts(Known_file& file, const struct stat& facts) {
-	file.device = facts.st_dev;
-	file.inode = facts.st_ino;
-	file.size = facts.st_size;
-	file.changed = facts.st_mtim;
-	Elf_symbols symbols;
-	if (!symbols.open(file.path)) return;
-	file.has_debug_info = symbols.has_debug_info();
-	file.has_symbol_table = symbols.has_symbol_table();
-	file.has_build_id = symbols.build_id() != nullptr;
-	if (file.has_build_id) std::memcpy(file.build_id, symbols.build_id(), id_size);
+// Opens a file and takes down what it is. One that is no ELF file isn't open afterwards.
+void os::Symbol_files::open(Known_file& file, const Elf_symbols* kept) {
+	file.has_build_id = file.has_debug_info = file.has_symbol_table = false;
+	make_room_for_open(kept);
+	void* const memory = std::malloc(sizeof(Elf_symbols));
+	if (!memory) return;
+	file.symbols = new (memory) Elf_symbols;
+	if (!file.symbols->open(file.path)) return close(file);
+	file.has_debug_info = file.symbols->has_debug_info();
+	file.has_symbol_table = file.symbols->has_symbol_table();
+	file.has_build_id = file.symbols->build_id() != nullptr;
+	if (file.has_build_id) std::memcpy(file.build_id, file.symbols->build_id(), id_size);
 }
 
 void os::Symbol_files::close(Known_file& file) {

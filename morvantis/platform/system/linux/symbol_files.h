@@ -63,8 +63,9 @@ private:
 	};
 	struct Search;
 
-	Known_file* know(const char* path);
-	void read_facts(Known_file& file, const struct stat& facts);
+	static bool is_of(const Known_file& file, const Wanted_build& build);
+	Known_file* know(const char* path, const Elf_symbols* kept);
+	void open(Known_file& file, const Elf_symbols* kept);
 	void close(Known_file& file);
 	void forget(Known_file& file);
 	void make_room_for_open(const Elf_symbols* kept);
