@@ -1,0 +1,58 @@
+#include <morvantis/platform/system/linux/build_id.h>
+
+#include <morvantis/platform/system/linux/byte_reader.h>
+
+#include <elf.h>
+
+namespace os {
+namespace {
+
+constexpr xylUInt64 page_size = 4096;
+
+constexpr xylUInt64 round_up(xylUInt64 value, xylUInt64 step) {
+	return (value + step - 1) / step * step;
+}
+
+// The descriptor of the first build-id note; null without one.
+const unsigned char* search_notes(Byte_reader notes, xylUInt64 step) {
+	while (notes.left() > 0 && !notes.failed) {
+		const auto note = notes.take<Elf64_Nhdr>();
+		const Byte_reader name = notes.take_bytes(round_up(note.n_namesz, step));
+		const Byte_reader id = notes.take_bytes(note.n_descsz);
+		if (notes.failed) return nullptr;
+		if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == sizeof(ELF_NOTE_GNU) &&
+		    std::memcmp(name.position, ELF_NOTE_GNU, sizeof(ELF_NOTE_GNU)) == 0) {
+			return id.left() >= 8 ? id.position : nullptr;
+		}
+		notes.take_bytes(round_up(note.n_descsz, step) - note.n_descsz);
+	}
+	return nullptr;
+}
+
+} // namespace
+
+const unsigned char* find_build_id(const unsigned char* first_page) {
+	Byte_reader page{first_page, first_page + page_size};
+	const auto header = page.take<Elf64_Ehdr>();
+	if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return nullptr;
+	page.position = first_page;
+	page.take_bytes(header.e_phoff);
+
+	xylUInt64 image_start = ~0ULL; // the address that the first page was linked for
+	for (unsigned int i = 0; i < header.e_phnum && !page.failed; ++i) {
+		const auto segment = page.take<Elf64_Phdr>();
+		if (segment.p_type == PT_LOAD && image_start == ~0ULL) {
+			image_start = segment.p_vaddr & ~(page_size - 1);
+		}
+		if (segment.p_type != PT_NOTE || segment.p_vaddr - image_start >= page_size) continue;
+		Byte_reader notes{first_page, first_page + page_size};
+		notes.take_bytes(segment.p_vaddr - image_start);
+		if (notes.left() < segment.p_memsz) continue;
+		notes = notes.take_bytes(segment.p_memsz);
+		const auto* const id = search_notes(notes, segment.p_align == 8 ? 8 : 4);
+		if (id) return id;
+	}
+	return nullptr;
+}
+
+} // namespace os

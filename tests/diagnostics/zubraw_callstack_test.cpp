@@ -1,0 +1,379 @@
+// Stacks whose frames are known, on both systems alike.
+#include <morvantis/diagnostics/zubcallstack_helpers.h>
+#include <morvantis/diagnostics/zubraw_callstack.h>
+
+#include "processor_context.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Frames = std::vector<std::pair<xylUInt64, xylUInt64>>;
+
+Frames frames_of(const zubRaw_callstack& stack) {
+	Frames frames;
+	for (const zubCallstack_frame& frame : stack.get_stack()) {
+		frames.emplace_back(frame.module_base, frame.module_offset);
+	}
+	return frames;
+}
+
+xylUInt64 address_of(const zubCallstack_frame& frame) {
+	return frame.module_base + frame.module_offset;
+}
+
+std::string text_of(const zubRaw_callstack& stack) { return stack.get_stack_str().char_p(); }
+
+// A chain of functions that no compiler makes into one: each is called through a pointer that may
+// change, and has something left to do behind the call.
+using Function = void (*)();
+volatile int left_to_do;
+std::function<void()> innermost_work;
+
+void run_innermost() {
+	innermost_work();
+	left_to_do = left_to_do + 1;
+}
+volatile Function innermost = run_innermost;
+
+void run_middle() {
+	innermost();
+	left_to_do = left_to_do + 1;
+}
+volatile Function middle = run_middle;
+
+void run_outermost() {
+	middle();
+	left_to_do = left_to_do + 1;
+}
+volatile Function outermost = run_outermost;
+
+int depth_left;
+void run_recursion();
+volatile Function recursion = run_recursion;
+void run_recursion() {
+	if (--depth_left > 0)
+		recursion();
+	else
+		innermost_work();
+	left_to_do = left_to_do + 1;
+}
+
+int compare_and_work(const void* left, const void* right) {
+	if (innermost_work) {
+		innermost_work();
+		innermost_work = nullptr;
+	}
+	return *static_cast<const int*>(left) - *static_cast<const int*>(right);
+}
+
+void sort_something() {
+	int numbers[] = {3, 1, 2};
+	std::qsort(numbers, std::size(numbers), sizeof(numbers[0]), compare_and_work);
+	left_to_do = numbers[0];
+}
+
+// The names of those functions that have a frame, in the stack's order.
+std::vector<std::string> known_functions(const zubRaw_callstack& stack) {
+	struct Known {
+		xylUInt64 start;
+		const char* name;
+	};
+	const auto start = [](auto function) { return reinterpret_cast<xylUInt64>(function); };
+	std::vector<Known> known = {
+		{start(run_innermost), "innermost"},  {start(run_middle), "middle"},
+		{start(run_outermost), "outermost"},  {start(run_recursion), "recursion"},
+		{start(compare_and_work), "compare"}, {start(sort_something), "sort"}};
+	std::vector<std::string> names;
+	for (const zubCallstack_frame& frame : stack.get_stack()) {
+		// None of them is longer than this.
+		const auto found = std::find_if(known.begin(), known.end(), [&](const Known& function) {
+			return address_of(frame) - function.start < 512;
+		});
+		if (found == known.end()) continue;
+		// The nearest one before the address.
+		const Known* nearest = &*found;
+		for (const Known& function : known) {
+			if (address_of(frame) - function.start < address_of(frame) - nearest->start) {
+				nearest = &function;
+			}
+		}
+		names.push_back(nearest->name);
+	}
+	return names;
+}
+
+zubRaw_callstack stack_in(Function function) {
+	zubRaw_callstack stack;
+	innermost_work = [&] { stack.capture(nullptr, 0); };
+	function();
+	innermost_work = nullptr;
+	return stack;
+}
+
+// An address that belongs to no image.
+xylUInt64 address_outside(const std::vector<xylUInt64>& memory, size_t index) {
+	return reinterpret_cast<xylUInt64>(memory.data() + index);
+}
+
+} // namespace
+
+class Raw_callstack_test : public testing::Test {
+protected:
+	void SetUp() override { zubCallstack_helpers::clear_module_cache(); }
+	void TearDown() override { zubCallstack_helpers::clear_module_cache(); }
+};
+
+TEST_F(Raw_callstack_test, StartsEmpty) {
+	zubRaw_callstack stack;
+	EXPECT_EQ(stack.get_frame_count(), 0u);
+	EXPECT_TRUE(stack.get_stack().empty());
+	EXPECT_EQ(text_of(stack), "No native frames available");
+}
+
+TEST_F(Raw_callstack_test, TellsTheInnermostFirst) {
+	const std::vector<std::string> expected = {"innermost", "middle", "outermost"};
+	EXPECT_EQ(known_functions(stack_in(outermost)), expected);
+}
+
+TEST_F(Raw_callstack_test, WalksThroughTheRunTimeLibrary) {
+	const std::vector<std::string> expected = {"compare", "sort"};
+	EXPECT_EQ(known_functions(stack_in(sort_something)), expected);
+}
+
+TEST_F(Raw_callstack_test, BeginsInCaptureItself) {
+	zubRaw_callstack stack;
+	stack.capture(nullptr, 0);
+	ASSERT_GT(stack.get_frame_count(), 2u);
+	const xylUInt64 library = stack.get_stack()[0].module_base;
+	const xylUInt64 program = stack.get_stack()[1].module_base;
+	EXPECT_NE(library, program);
+	zubCallstack_helpers::enumerate_modules(nullptr);
+	zubCallstack_module module;
+	ASSERT_TRUE(zubCallstack_helpers::get_module_info(library, module));
+	EXPECT_NE(std::string(module.path.char_p()).find("Morvantis.Library"), std::string::npos);
+	ASSERT_TRUE(zubCallstack_helpers::get_module_info(program, module));
+	EXPECT_NE(std::string(module.path.char_p()).find("diagnostics_tests"), std::string::npos);
+}
+
+TEST_F(Raw_callstack_test, EveryBaseIsThatOfALoadedImage) {
+	const zubRaw_callstack stack = stack_in(sort_something);
+	zubCallstack_helpers::enumerate_modules(nullptr);
+	for (const zubCallstack_frame& frame : stack.get_stack()) {
+		SCOPED_TRACE(frame.module_offset);
+		zubCallstack_module module;
+		ASSERT_TRUE(zubCallstack_helpers::get_module_info(frame.module_base, module));
+		EXPECT_LT(frame.module_offset, module.image_size);
+	}
+}
+
+TEST_F(Raw_callstack_test, SkipCountDropsTheInnermost) {
+	std::vector<Frames> stacks;
+	innermost_work = [&] {
+		for (unsigned int skip = 0; skip < 8; ++skip) {
+			zubRaw_callstack stack;
+			stack.capture(nullptr, skip);
+			stacks.push_back(frames_of(stack));
+		}
+	};
+	outermost();
+	innermost_work = nullptr;
+	for (unsigned int skip = 0; skip < 8; ++skip) {
+		SCOPED_TRACE(skip);
+		EXPECT_EQ(stacks[skip], Frames(stacks[0].begin() + skip, stacks[0].end()));
+	}
+}
+
+TEST_F(Raw_callstack_test, SkippedStepsCountAmongThe128) {
+	struct Case {
+		unsigned int skip;
+		unsigned int frames;
+	};
+	const Case cases[] = {{0, 128}, {1, 127}, {100, 28}, {127, 1}, {128, 0}, {129, 0}, {~0u, 0}};
+	EXPECT_EQ(zubCallstack_helpers::callstack_max_depth, 128u);
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.skip);
+		zubRaw_callstack stack;
+		innermost_work = [&] { stack.capture(nullptr, c.skip); };
+		depth_left = 300;
+		recursion();
+		EXPECT_EQ(stack.get_frame_count(), c.frames);
+		EXPECT_EQ(stack.get_stack().size(), c.frames);
+		EXPECT_EQ(text_of(stack) == "No native frames available", c.frames == 0);
+	}
+	innermost_work = nullptr;
+}
+
+TEST_F(Raw_callstack_test, TellsEveryDepth) {
+	for (int depth = 1; depth <= 100; ++depth) {
+		SCOPED_TRACE(depth);
+		zubRaw_callstack stack;
+		innermost_work = [&] { stack.capture(nullptr, 0); };
+		depth_left = depth;
+		recursion();
+		innermost_work = nullptr;
+		EXPECT_EQ(known_functions(stack),
+		          std::vector<std::string>(static_cast<size_t>(depth), "recursion"));
+	}
+}
+
+TEST_F(Raw_callstack_test, SecondCaptureReplacesTheFirstAndKeepsTheStorage) {
+	zubRaw_callstack stack;
+	innermost_work = [&] { stack.capture(nullptr, 0); };
+	depth_left = 60;
+	recursion();
+	innermost_work = nullptr;
+	const zubCallstack_frame* const storage = stack.stack.data();
+	const size_t capacity = stack.stack.capacity();
+	EXPECT_GT(stack.get_frame_count(), 60u);
+	EXPECT_TRUE(capacity == 64 || capacity == 128) << capacity; // doubled from 1
+	stack.capture(nullptr, 0);
+	EXPECT_LT(stack.get_frame_count(), 60u);
+	EXPECT_GT(stack.get_frame_count(), 0u);
+	EXPECT_EQ(stack.stack.data(), storage);
+	EXPECT_EQ(stack.stack.capacity(), capacity);
+	stack.capture(nullptr, 128);
+	EXPECT_EQ(stack.get_frame_count(), 0u);
+	EXPECT_EQ(stack.stack.capacity(), capacity);
+}
+
+TEST_F(Raw_callstack_test, HashIsZeroForAnyStack) {
+	zubRaw_callstack stack;
+	EXPECT_EQ(stack.calculate_hash(), 0u);
+	stack.capture(nullptr, 0);
+	EXPECT_EQ(stack.calculate_hash(), 0u);
+}
+
+TEST_F(Raw_callstack_test, CopiesAreIndependent) {
+	zubRaw_callstack stack;
+	stack.capture(nullptr, 0);
+	const Frames frames = frames_of(stack);
+	zubRaw_callstack copy(stack), assigned;
+	assigned = stack;
+	EXPECT_EQ(frames_of(copy), frames);
+	EXPECT_EQ(frames_of(assigned), frames);
+	copy.stack[0].module_offset = 1;
+	assigned.capture(nullptr, 128);
+	EXPECT_EQ(frames_of(stack), frames);
+}
+
+TEST_F(Raw_callstack_test, MovingTakesTheStorage) {
+	zubRaw_callstack stack;
+	stack.capture(nullptr, 0);
+	const Frames frames = frames_of(stack);
+	const zubCallstack_frame* const storage = stack.stack.data();
+	zubRaw_callstack moved(std::move(stack));
+	EXPECT_EQ(moved.stack.data(), storage);
+	zubRaw_callstack assigned;
+	assigned = std::move(moved);
+	EXPECT_EQ(assigned.stack.data(), storage);
+	EXPECT_EQ(frames_of(assigned), frames);
+}
+
+TEST_F(Raw_callstack_test, WalksAContextInPlace) {
+	zubRaw_callstack stack;
+	xylUInt64 first_pc = 0, first_sp = 0, last_pc = 1, last_sp = 0;
+	innermost_work = [&] {
+		Processor_context::with_current([&](Processor_context& context) {
+			first_pc = context.pc();
+			first_sp = context.sp();
+			stack.capture(context.record(), 0);
+			last_pc = context.pc();
+			last_sp = context.sp();
+		});
+	};
+	outermost();
+	innermost_work = nullptr;
+	const std::vector<std::string> expected = {"innermost", "middle", "outermost"};
+	EXPECT_EQ(known_functions(stack), expected);
+	ASSERT_GT(stack.get_frame_count(), 0u);
+	EXPECT_EQ(address_of(stack.get_stack()[0]), first_pc);
+	EXPECT_EQ(last_pc, 0u); // the walk ended with the thread's first function
+	EXPECT_GT(last_sp, first_sp);
+}
+
+TEST_F(Raw_callstack_test, StopsAtAnInstructionAddressOfZero) {
+	Processor_context context(0, nullptr);
+	zubRaw_callstack stack;
+	stack.capture(nullptr, 0);
+	stack.capture(context.record(), 0);
+	EXPECT_EQ(stack.get_frame_count(), 0u);
+}
+
+TEST_F(Raw_callstack_test, TakesAFrameWithoutUnwindEntryForALeaf) {
+	std::vector<xylUInt64> memory(8);
+	memory[0] = address_outside(memory, 5);
+	memory[1] = address_outside(memory, 6);
+	const xylUInt64 first = address_outside(memory, 4);
+	Processor_context context(first, memory.data());
+	zubRaw_callstack stack;
+	stack.capture(context.record(), 0);
+	EXPECT_EQ(frames_of(stack), (Frames{{0, first}, {0, memory[0]}, {0, memory[1]}}));
+	EXPECT_EQ(context.pc(), 0u);
+	EXPECT_EQ(context.sp(), address_outside(memory, 3));
+}
+
+TEST_F(Raw_callstack_test, LeavesAContextBehindTheLastOf128Steps) {
+	std::vector<xylUInt64> memory(300);
+	for (size_t i = 0; i < memory.size(); ++i) memory[i] = address_outside(memory, 0) + i;
+	Processor_context context(address_outside(memory, 299), memory.data());
+	zubRaw_callstack stack;
+	stack.capture(context.record(), 126);
+	EXPECT_EQ(frames_of(stack), (Frames{{0, memory[125]}, {0, memory[126]}}));
+	EXPECT_EQ(context.pc(), memory[127]);
+	EXPECT_EQ(context.sp(), address_outside(memory, 128));
+}
+
+TEST_F(Raw_callstack_test, TextHasOneLineForEachFrame) {
+	zubCallstack_module module;
+	module.path = "C:\\games\\engine\\core.dll";
+	module.pdb_guid = {0x0123ABCD, 0x45, 0x6789, {1, 2, 3, 0xA4, 0xB5, 0xC6, 0xD7, 0xE8}};
+	module.pdb_age = 3;
+	zubCallstack_helpers::Modules[0x1234] = module;
+	module.path = "no separator";
+	module.pdb_guid = {};
+	module.pdb_age = 0xFFFFFFFF;
+	zubCallstack_helpers::Modules[0xAB87654321] = module;
+	zubRaw_callstack stack;
+	stack.stack.push_back({0x1234, 0x56});
+	stack.stack.push_back({0xAB87654321, 0xFEDCBA9876543210});
+	EXPECT_EQ(
+		text_of(stack),
+		"0x0000000000001234 0x0000000000000056 {0123ABCD00456789010203A4B5C6D7E8} 3 core.dll\n"
+		// the low halves only, and the age as a signed number
+		"0x0000000087654321 0x0000000076543210 {00000000000000000000000000000000} -1 "
+		"no separator\n");
+}
+
+TEST_F(Raw_callstack_test, TextOfAnUnresolvableFrameHasTwoLines) {
+	zubRaw_callstack stack;
+	stack.stack.push_back({0, 0x7F1234});
+	stack.stack.push_back({0x10, 0x20}); // no image's base
+	EXPECT_EQ(text_of(stack),
+	          "[unresolvable frame] \n"
+	          "0x0000000000000000 0x00000000007F1234 {00000000000000000000000000000000} 0 \n"
+	          "[unresolvable frame] \n"
+	          "0x0000000000000010 0x0000000000000020 {00000000000000000000000000000000} 0 \n");
+}
+
+TEST_F(Raw_callstack_test, TextNamesImagesThatWereNotCachedBefore) {
+	zubRaw_callstack stack;
+	stack.capture(nullptr, 0);
+	const std::string text = text_of(stack);
+	EXPECT_EQ(text.find("[unresolvable frame]"), std::string::npos) << text;
+	EXPECT_NE(text.find("diagnostics_tests"), std::string::npos) << text;
+	EXPECT_FALSE(zubCallstack_helpers::Modules.empty());
+	EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), stack.get_frame_count());
+}
+
+TEST_F(Raw_callstack_test, TextOfNoFramesLeavesTheCacheAlone) {
+	EXPECT_EQ(text_of(zubRaw_callstack()), "No native frames available");
+	EXPECT_TRUE(zubCallstack_helpers::Modules.empty());
+}
