@@ -51,12 +51,19 @@ inline __m128 combine(__m128 p, __m128 s, __m128 f, __m128 u) {
 // Sums of the first three lanes of each of four vectors, each as (x + y) + z: lane i is of vector
 // i.
 inline __m128 sums_of_four(__m128 a, __m128 b, __m128 c, __m128 d) {
-	const __m128 ab = _mm_unpacklo_ps(a, b);
-	const __m128 cd = _mm_unpacklo_ps(c, d);
-	const __m128 x = _mm_movelh_ps(ab, cd);
-	const __m128 y = _mm_movehl_ps(cd, ab);
-	const __m128 z = _mm_movelh_ps(_mm_unpackhi_ps(a, b), _mm_unpackhi_ps(c, d));
-	return _mm_add_ps(_mm_add_ps(x, y), z);
+	const __m128 ab_xz = _mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+	const __m128 cd_xz = _mm_shuffle_ps(c, d, _MM_SHUFFLE(2, 0, 2, 0));
+	const __m128 ab_xy = _mm_add_ps(ab_xz, _mm_shuffle_ps(a, b, _MM_SHUFFLE(1, 1, 1, 1)));
+	const __m128 cd_xy = _mm_add_ps(cd_xz, _mm_shuffle_ps(c, d, _MM_SHUFFLE(1, 1, 1, 1)));
+	return _mm_add_ps(_mm_shuffle_ps(ab_xy, cd_xy, _MM_SHUFFLE(2, 0, 2, 0)),
+	                  _mm_shuffle_ps(ab_xz, cd_xz, _MM_SHUFFLE(3, 1, 3, 1)));
+}
+
+// The same of two vectors: of `a` in lanes 0 and 1, of `b` in lanes 2 and 3.
+inline __m128 sums_of_two(__m128 a, __m128 b) {
+	const __m128 x = _mm_shuffle_ps(a, b, _MM_SHUFFLE(0, 0, 0, 0));
+	const __m128 y = _mm_shuffle_ps(a, b, _MM_SHUFFLE(1, 1, 1, 1));
+	return _mm_add_ps(_mm_add_ps(x, y), _mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 2, 2, 2)));
 }
 
 inline float first(__m128 v) { return _mm_cvtss_f32(v); }

@@ -1,5 +1,6 @@
 #include <morvantis/math/xylfrustum.h>
 
+#include <bit>
 #include <limits>
 
 using namespace xyl_lanes;
@@ -14,53 +15,74 @@ __m128 towards(const xylPlane& plane, __m128 point) {
 	return _mm_sub_ps(point, plane.point.lanes());
 }
 
-// Signed distances from planes 0 to 3, or twice those from planes 4 and 5.
-struct Distances {
-	static Distances from_first_four(const xylPlane* planes, __m128 point) {
-		return {sums_of_four(product(planes[0], point), product(planes[1], point),
-		                     product(planes[2], point), product(planes[3], point))};
-	}
-	static Distances from_last_two(const xylPlane* planes, __m128 point) {
-		const __m128 p4 = product(planes[4], point);
-		const __m128 p5 = product(planes[5], point);
-		return {sums_of_four(p4, p5, p4, p5)};
-	}
-
-	// Bit i: lane i is not at least `border`, which NaN never is.
-	int below(__m128 border) const { return _mm_movemask_ps(_mm_cmpnge_ps(lanes, border)); }
-	// Bit i: lane i is less than `border`.
-	int less_than(__m128 border) const { return _mm_movemask_ps(_mm_cmplt_ps(lanes, border)); }
-	// Whether one is negative (or NaN) and its square greater than `border`.
-	bool any_outside_by_square(__m128 border) const {
-		return _mm_movemask_ps(_mm_and_ps(_mm_cmpnge_ps(lanes, _mm_setzero_ps()),
-		                                  _mm_cmpgt_ps(_mm_mul_ps(lanes, lanes), border))) != 0;
+// Signed distances of a point from the six planes.
+class Distances {
+public:
+	Distances(const xylPlane* planes, __m128 point) {
+		const auto product = [&](int i) {
+			return _mm_mul_ps(towards(planes[i], point), planes[i].normal.lanes());
+		};
+		first_four_ = sums_of_four(product(0), product(1), product(2), product(3));
+		last_two_ = sums_of_two(product(4), product(5));
 	}
 
-	__m128 lanes;
+	// A mask of eight 16-bit lanes: planes 0, 1, 2, 3, 4, 4, 5, 5. Not at least `border`, which NaN
+	// never is.
+	__m128i below(float border) const {
+		const __m128 wide = _mm_set1_ps(border);
+		return mask(_mm_cmpnge_ps(first_four_, wide), _mm_cmpnge_ps(last_two_, wide));
+	}
+	__m128i less_than(float border) const {
+		const __m128 wide = _mm_set1_ps(border);
+		return mask(_mm_cmplt_ps(first_four_, wide), _mm_cmplt_ps(last_two_, wide));
+	}
+	// Negative (or NaN), and its square greater than `border`.
+	__m128i outside_by_square(float border) const {
+		const auto is_outside = [wide = _mm_set1_ps(border)](__m128 lanes) {
+			return _mm_and_ps(_mm_cmpnge_ps(lanes, _mm_setzero_ps()),
+			                  _mm_cmpgt_ps(_mm_mul_ps(lanes, lanes), wide));
+		};
+		return mask(is_outside(first_four_), is_outside(last_two_));
+	}
 
 private:
-	static __m128 product(const xylPlane& plane, __m128 point) {
-		return _mm_mul_ps(towards(plane, point), plane.normal.lanes());
+	static __m128i mask(__m128 first_four, __m128 last_two) {
+		return _mm_packs_epi32(_mm_castps_si128(first_four), _mm_castps_si128(last_two));
 	}
+
+	__m128 first_four_;
+	__m128 last_two_; // planes 4, 4, 5, 5
 };
 
-constexpr int is_outside = -1;
-
-// The sphere phase: is_outside, or a bit for each plane that the sphere straddles. Most of a scene
-// is outside of one of the first four planes.
-inline int straddled_planes(const xylPlane* planes, __m128 center, float radius) {
-	const __m128 wide = _mm_set1_ps(radius);
-	const Distances four = Distances::from_first_four(planes, center);
-	const Distances two = Distances::from_last_two(planes, center);
-	if (four.below(negative(wide)) | two.below(negative(wide))) return is_outside;
-	return four.less_than(wide) | (two.less_than(wide) & 3) << 4;
+// Two masks as bits: the low one in the low byte, the high one in the byte above.
+unsigned bits_of(__m128i low, __m128i high) {
+	return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
 }
+
+// The sphere phase. The two answers that need no corners share a way: in a scene no two objects
+// answer alike, and a branch between them would go wrong too often.
+class Sphere_phase {
+public:
+	Sphere_phase(const xylPlane* planes, __m128 center, float radius) {
+		const Distances distances(planes, center);
+		bits_ = bits_of(distances.less_than(radius), distances.below(-radius));
+	}
+
+	// Whether the sphere is outside of no plane and straddles at least one.
+	bool leaves_it_to_corners() const { return bits_ - 1 < 0xFF; }
+	// The answer otherwise.
+	xylFrustum_check_result decided() const { return bits_ == 0 ? frustum_inside : frustum_outside; }
+	// Bit i: plane i is straddled.
+	unsigned straddled() const { return (bits_ & 31) | (bits_ >> 1 & 32); }
+
+private:
+	unsigned bits_; // low byte: straddled, high byte: outside
+};
 
 // Whether the point is farther outside of some plane than the root of `squared`.
 bool is_outside_by_square(const xylPlane* planes, const xylVec3& point, float squared) {
-	const __m128 border = _mm_set1_ps(squared);
-	return Distances::from_first_four(planes, point.lanes()).any_outside_by_square(border) ||
-	       Distances::from_last_two(planes, point.lanes()).any_outside_by_square(border);
+	const __m128i outside = Distances(planes, point.lanes()).outside_by_square(squared);
+	return _mm_movemask_epi8(outside) != 0;
 }
 
 // Four points with their components side by side.
@@ -110,7 +132,7 @@ struct Corner_signs {
 	int certain; // bit i: the sign is that of the normalised product
 };
 
-Corner_signs corner_signs(const Wide_plane& plane, __m128 doubt, const Four_points& corners) {
+inline Corner_signs corner_signs(const Wide_plane& plane, __m128 doubt, const Four_points& corners) {
 	const __m128 x = _mm_sub_ps(corners.x, plane.px);
 	const __m128 y = _mm_sub_ps(corners.y, plane.py);
 	const __m128 z = _mm_sub_ps(corners.z, plane.pz);
@@ -138,33 +160,34 @@ int inner_corners(const xylPlane& plane, const xylVec3* corners, const Four_poin
 	const __m128 doubt = doubt_of(plane);
 	const Corner_signs low = corner_signs(wide, doubt, fours[0]);
 	const Corner_signs high = corner_signs(wide, doubt, fours[1]);
-	if ((low.certain & high.certain) == 15) return low.inner | high.inner << 4;
-	return inner_corners_one_by_one(plane, corners, 8);
+	if ((low.certain & high.certain) != 15) [[unlikely]] {
+		return inner_corners_one_by_one(plane, corners, 8);
+	}
+	return low.inner | high.inner << 4;
 }
 
 // The corner phase: `straddled` has a bit for each plane that is to be tested.
-xylFrustum_check_result check_corners(const xylPlane* planes, int straddled,
+xylFrustum_check_result check_corners(const xylPlane* planes, unsigned straddled,
                                       const xylVec3* corners) {
 	const Four_points fours[2] = {Four_points(corners), Four_points(corners + 4)};
-	xylFrustum_check_result result = frustum_inside;
-	for (int i = 0; i < plane_count; ++i) {
-		if (!(straddled >> i & 1)) continue;
-		const int inner = inner_corners(planes[i], corners, fours);
-		if (inner == 0) return frustum_outside;
-		if (inner != 255) result = frustum_intersects;
+	bool is_out = false;
+	bool is_cut = false;
+	for (unsigned rest = straddled; rest != 0; rest &= rest - 1) {
+		const int inner = inner_corners(planes[std::countr_zero(rest)], corners, fours);
+		is_out |= inner == 0;
+		is_cut |= inner != 255;
 	}
-	return result;
+	if (is_out) return frustum_outside;
+	return is_cut ? frustum_intersects : frustum_inside;
 }
 
 // Whether each of the straddled planes has a corner on its inner side, without normalising.
-bool all_have_inner_corner(const xylPlane* planes, int straddled, const xylVec3* corners) {
+bool all_have_inner_corner(const xylPlane* planes, unsigned straddled, const xylVec3* corners) {
 	const Four_points fours[2] = {Four_points(corners), Four_points(corners + 4)};
-	for (int i = 0; i < plane_count; ++i) {
-		if (!(straddled >> i & 1)) continue;
-		const Wide_plane wide(planes[i]);
-		const __m128 any = _mm_setzero_ps();
-		if (corner_signs(wide, any, fours[0]).inner == 0 &&
-		    corner_signs(wide, any, fours[1]).inner == 0) {
+	const __m128 any = _mm_setzero_ps();
+	for (unsigned rest = straddled; rest != 0; rest &= rest - 1) {
+		const Wide_plane wide(planes[std::countr_zero(rest)]);
+		if ((corner_signs(wide, any, fours[0]).inner | corner_signs(wide, any, fours[1]).inner) == 0) {
 			return false;
 		}
 	}
@@ -235,45 +258,39 @@ xylFrustum_check_result xylFrustum::check_bounding_box(const xylBounding_box& bo
 	const __m128 axes = _mm_add_ps(_mm_add_ps(frame.s.lanes(), frame.f.lanes()), frame.u.lanes());
 	const __m128 reach = absolute(_mm_mul_ps(axes, _mm_set1_ps(box.radius)));
 	const float radius = first(_mm_max_ss(_mm_max_ss(reach, splat<1>(reach)), splat<2>(reach)));
-	const int straddled =
-		straddled_planes(planes_, frame.transform_point(box.center).lanes(), radius);
-	if (straddled == is_outside) return frustum_outside;
-	if (!straddled) return frustum_inside;
+	const Sphere_phase sphere(planes_, frame.transform_point(box.center).lanes(), radius);
+	if (!sphere.leaves_it_to_corners()) return sphere.decided();
 	xylVec3 corners[8];
 	box.get_transformed_tip_points(corners, frame);
-	return check_corners(planes_, straddled, corners);
+	return check_corners(planes_, sphere.straddled(), corners);
 }
 
 xylFrustum_check_result
 xylFrustum::check_bounding_box_identity_frame(const xylBounding_box& box) const {
-	const int straddled = straddled_planes(planes_, box.center.lanes(), box.radius);
-	if (straddled == is_outside) return frustum_outside;
-	if (!straddled) return frustum_inside;
+	const Sphere_phase sphere(planes_, box.center.lanes(), box.radius);
+	if (!sphere.leaves_it_to_corners()) return sphere.decided();
 	xylVec3 corners[8] = {};
 	box.get_tip_points(corners);
-	return check_corners(planes_, straddled, corners);
+	return check_corners(planes_, sphere.straddled(), corners);
 }
 
 xylFrustum_check_result xylFrustum::check_bounds_cache(const xylObject_bounds_cache& cache) const {
-	const int straddled = straddled_planes(planes_, cache.center.lanes(), cache.radius);
-	if (straddled == is_outside) return frustum_outside;
-	if (!straddled) return frustum_inside;
-	return check_corners(planes_, straddled, cache.tips);
+	const Sphere_phase sphere(planes_, cache.center.lanes(), cache.radius);
+	if (!sphere.leaves_it_to_corners()) return sphere.decided();
+	return check_corners(planes_, sphere.straddled(), cache.tips);
 }
 
 xylFrustum_check_result xylFrustum::check_sphere(const xylVec3& center, float radius) const {
-	const __m128 wide = _mm_set1_ps(radius);
+	const Distances distances(planes_, center.lanes());
 	// The first plane that the sphere is not fully inside of decides. A negative radius can make
 	// one that it is outside of and does not straddle.
-	const auto verdict = [wide](const Distances& distances) {
-		const int outside = distances.below(negative(wide));
-		const int decided = distances.below(wide) | outside;
-		if (!decided) return frustum_inside;
-		return outside & decided & -decided ? frustum_outside : frustum_intersects;
-	};
-	const auto first = verdict(Distances::from_first_four(planes_, center.lanes()));
-	if (first != frustum_inside) return first;
-	return verdict(Distances::from_last_two(planes_, center.lanes()));
+	const unsigned bits = bits_of(distances.below(radius), distances.below(-radius));
+	const unsigned outside = bits >> 8;
+	const unsigned decided = (bits | outside) & 0xFF;
+	const unsigned deciding = decided & (0u - decided);
+	static constexpr xylFrustum_check_result answers[2][2] = {
+		{frustum_inside, frustum_inside}, {frustum_intersects, frustum_outside}};
+	return answers[decided != 0][(outside & deciding) != 0];
 }
 
 xylFrustum_check_result xylFrustum::check_quad(const xylVec3* points) const {
@@ -289,18 +306,17 @@ xylFrustum_check_result xylFrustum::check_quad(const xylVec3* points) const {
 }
 
 bool xylFrustum::encloses_bounding_box(const xylObject_bounds_cache& cache) const {
-	const int straddled = straddled_planes(planes_, cache.center.lanes(), cache.radius);
-	if (straddled == is_outside) return false;
-	return !straddled || all_have_inner_corner(planes_, straddled, cache.tips);
+	const Sphere_phase sphere(planes_, cache.center.lanes(), cache.radius);
+	if (!sphere.leaves_it_to_corners()) return sphere.decided() != frustum_outside;
+	return all_have_inner_corner(planes_, sphere.straddled(), cache.tips);
 }
 
 bool xylFrustum::encloses_bounding_box_identity_frame(const xylBounding_box& box) const {
-	const int straddled = straddled_planes(planes_, box.center.lanes(), box.radius);
-	if (straddled == is_outside) return false;
-	if (!straddled) return true;
+	const Sphere_phase sphere(planes_, box.center.lanes(), box.radius);
+	if (!sphere.leaves_it_to_corners()) return sphere.decided() != frustum_outside;
 	xylVec3 corners[8] = {};
 	box.get_tip_points(corners);
-	return all_have_inner_corner(planes_, straddled, corners);
+	return all_have_inner_corner(planes_, sphere.straddled(), corners);
 }
 
 bool xylFrustum::encloses_quad(const xylVec3* points) const {
