@@ -22,8 +22,15 @@ inline __m128 with_fourth_of(__m128 v, __m128 other) {
 	return _mm_or_ps(with_zero(v), _mm_andnot_ps(xyz_mask(), other));
 }
 
+// Lane `lane` in all four. Shuffles of one vector are those of integers, which leave it as it is: the
+// ones of floats overwrite it, and cost a copy where it is used again.
 template <int lane> __m128 splat(__m128 v) {
-	return _mm_shuffle_ps(v, v, _MM_SHUFFLE(lane, lane, lane, lane));
+	return _mm_castsi128_ps(
+		_mm_shuffle_epi32(_mm_castps_si128(v), _MM_SHUFFLE(lane, lane, lane, lane)));
+}
+// (y, z, x, w)
+inline __m128 turned(__m128 v) {
+	return _mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(v), _MM_SHUFFLE(3, 0, 2, 1)));
 }
 inline __m128 absolute(__m128 v) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), v); }
 inline __m128 negative(__m128 v) { return _mm_xor_ps(_mm_set1_ps(-0.0f), v); }
@@ -31,15 +38,12 @@ inline __m128 negative(__m128 v) { return _mm_xor_ps(_mm_set1_ps(-0.0f), v); }
 // (x + y) + z of the products, in the first lane.
 inline __m128 dot(__m128 a, __m128 b) {
 	const __m128 p = _mm_mul_ps(a, b);
-	return _mm_add_ss(_mm_add_ss(p, splat<1>(p)), _mm_movehl_ps(p, p));
+	return _mm_add_ss(_mm_add_ss(p, splat<1>(p)), splat<2>(p));
 }
 
 // a × b; the fourth lane means nothing.
 inline __m128 cross(__m128 a, __m128 b) {
-	const __m128 a_yzx = _mm_shuffle_ps(a, a, _MM_SHUFFLE(3, 0, 2, 1));
-	const __m128 b_yzx = _mm_shuffle_ps(b, b, _MM_SHUFFLE(3, 0, 2, 1));
-	const __m128 zxy = _mm_sub_ps(_mm_mul_ps(a, b_yzx), _mm_mul_ps(a_yzx, b));
-	return _mm_shuffle_ps(zxy, zxy, _MM_SHUFFLE(3, 0, 2, 1));
+	return turned(_mm_sub_ps(_mm_mul_ps(a, turned(b)), _mm_mul_ps(turned(a), b)));
 }
 
 // (p.x·s + p.y·f) + p.z·u.
@@ -72,10 +76,11 @@ inline float square_root(float v) { return first(_mm_sqrt_ss(_mm_set_ss(v))); }
 // 1/sqrt of the first lane, from the processor's approximation and one Newton step
 // r' = 0.5·r·(3 − l·r²): relative error below 3.3e-7 for any normal number, whatever the processor;
 // the bits differ between processors. l·r is taken first, since r² alone leaves the normal range.
+// The second lane is 1.
 inline __m128 approximate_inverse_root(__m128 l) {
 	const __m128 r = _mm_rsqrt_ss(l);
 	const __m128 rest = _mm_sub_ss(_mm_set_ss(3), _mm_mul_ss(_mm_mul_ss(l, r), r));
-	return _mm_mul_ss(_mm_mul_ss(_mm_set_ss(0.5f), r), rest);
+return _mm_mul_ss(_mm_mul_ss(_mm_set_ps(0, 0, 1, 0.5f), r), rest);
 }
 
 // The same of all four lanes, and the same bits.
@@ -85,17 +90,12 @@ inline __m128 approximate_inverse_roots(__m128 l) {
 	return _mm_mul_ps(_mm_mul_ps(_mm_set1_ps(0.5f), r), rest);
 }
 
-// The first lane in the first three, and 1 in the fourth: as a factor it keeps the fourth lane.
-inline __m128 as_scale(__m128 v) {
-	const __m128 k_1 = _mm_unpacklo_ps(v, _mm_set1_ps(1));
-	return _mm_shuffle_ps(k_1, k_1, _MM_SHUFFLE(1, 0, 0, 0));
-}
-
 // `v` scaled to unit length as xylVec3::fast_normalize() does, with the fourth lane of `v`.
 // A length that is not a number spreads to all lanes: the maximum takes its second argument then.
 inline __m128 fast_normalized(__m128 v) {
 	const __m128 l = _mm_max_ss(_mm_set_ss(min_normal), dot(v, v));
-	return _mm_mul_ps(v, as_scale(approximate_inverse_root(l)));
+	const __m128 k_1 = approximate_inverse_root(l);
+	return _mm_mul_ps(v, _mm_shuffle_ps(k_1, k_1, _MM_SHUFFLE(1, 0, 0, 0)));
 }
 
 } // namespace xyl_lanes

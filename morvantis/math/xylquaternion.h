@@ -129,33 +129,52 @@ inline xylMat3 xylQuaternion::to_mat3() const {
 }
 
 // With mij for row i and column j, and the divisor t the largest that its signs can make it:
-//   m22 >= 0, m00 >= -m11:  (x, y, z, w) = (m12 - m21, m20 - m02, m01 - m10, t), t = 1 + m00 + m11
-//   + m22 m22 >= 0 otherwise:     (m20 + m02, m21 + m12, t, m01 - m10),                t = 1 - m00
-//   - m11 + m22 m22 <  0, m00 > m11:    (t, m10 + m01, m20 + m02, m12 - m21),                t = 1
-//   + m00 - m11 - m22 m22 <  0 otherwise:     (m10 + m01, t, m21 + m12, m20 - m02), t = 1 - m00 +
-//   m11 - m22
-// each times 0.5/sqrt(t). All seven candidates are
-// made and the case picks by table, so that no branch depends on the rotation.
+//
+//   m22 >= 0, m00 >= -m11  (t, m12 - m21, m20 - m02, m01 - m10),  t = 1 + m00 + m11 + m22
+//   m22 <  0, m00 >  m11   (m12 - m21, t, m10 + m01, m20 + m02),  t = 1 + m00 - m11 - m22
+//   m22 <  0 otherwise     (m20 - m02, m10 + m01, t, m21 + m12),  t = 1 - m00 + m11 - m22
+//   m22 >= 0 otherwise     (m01 - m10, m20 + m02, m21 + m12, t),  t = 1 - m00 - m11 + m22
+//
+// as (w, x, y, z), each times 0.5/sqrt(t). All four are made and one is picked, so that no branch
+// depends on the rotation.
 inline void xylQuaternion::quaternion_from_mat3(xylQuaternion& out, const xylMat3& m) {
-	enum { m12_less_m21, m20_less_m02, m01_less_m10, t, m21_and_m12, m20_and_m02, m10_and_m01 };
-	struct Case {
-		float sign_m00, sign_m11, sign_m22; // of the three in t
-		unsigned char x, y, z, w;           // which candidate
+	using namespace xyl_lanes;
+	const __m128 s = m.s.lanes();
+	const __m128 f = m.f.lanes();
+	const __m128 u = m.u.lanes();
+	// In lanes 1 to 3: `upper` is m12, m20, m01, `lower` is m21, m02, m10.
+	const __m128 m20_m01 = _mm_shuffle_ps(u, s, _MM_SHUFFLE(1, 1, 0, 0));
+	const __m128 m02_m10 = _mm_shuffle_ps(s, f, _MM_SHUFFLE(0, 0, 2, 2));
+	const __m128 upper = _mm_shuffle_ps(f, m20_m01, _MM_SHUFFLE(2, 0, 2, 2));
+	const __m128 lower = _mm_shuffle_ps(u, m02_m10, _MM_SHUFFLE(2, 0, 1, 2));
+	const __m128 less = _mm_sub_ps(upper, lower);
+	const __m128 more = _mm_add_ps(upper, lower);
+	__m128 t = _mm_set1_ps(1);
+	t = _mm_add_ps(t, _mm_xor_ps(splat<0>(s), _mm_set_ps(-0.0f, -0.0f, 0, 0)));
+	t = _mm_add_ps(t, _mm_xor_ps(splat<1>(f), _mm_set_ps(-0.0f, 0, -0.0f, 0)));
+	t = _mm_add_ps(t, _mm_xor_ps(splat<2>(u), _mm_set_ps(0, -0.0f, -0.0f, 0)));
+
+	const __m128 less_1_t_1 = _mm_shuffle_ps(less, t, _MM_SHUFFLE(1, 1, 1, 1));
+	const __m128 less_2_more_3 = _mm_shuffle_ps(less, more, _MM_SHUFFLE(3, 3, 2, 2));
+	const __m128 t_2_more_1 = _mm_shuffle_ps(t, more, _MM_SHUFFLE(1, 1, 2, 2));
+	const __m128 less_3_more_2 = _mm_shuffle_ps(less, more, _MM_SHUFFLE(2, 2, 3, 3));
+	const __m128 more_1_t_3 = _mm_shuffle_ps(more, t, _MM_SHUFFLE(3, 3, 1, 1));
+	const __m128 candidates[4] = {
+		_mm_move_ss(less, t),
+		_mm_shuffle_ps(less_1_t_1, more, _MM_SHUFFLE(2, 3, 2, 0)),
+		_mm_shuffle_ps(less_2_more_3, t_2_more_1, _MM_SHUFFLE(2, 0, 2, 0)),
+		_mm_shuffle_ps(less_3_more_2, more_1_t_3, _MM_SHUFFLE(2, 0, 2, 0)),
 	};
-	static constexpr Case cases[4] = {
-		{1, 1, 1, m12_less_m21, m20_less_m02, m01_less_m10, t},
-		{-1, -1, 1, m20_and_m02, m21_and_m12, t, m01_less_m10},
-		{1, -1, -1, t, m10_and_m01, m20_and_m02, m12_less_m21},
-		{-1, 1, -1, m10_and_m01, t, m21_and_m12, m20_less_m02},
-	};
-	const unsigned upside_down = !(m.u.z >= 0);
-	const unsigned second = (upside_down & !(m.s.x > m.f.y)) | (!upside_down & !(m.s.x >= -m.f.y));
-	const Case& chosen = cases[2 * upside_down + second];
-	const float divisor =
-		1.0f + chosen.sign_m00 * m.s.x + chosen.sign_m11 * m.f.y + chosen.sign_m22 * m.u.z;
-	const float candidates[] = {m.f.z - m.u.y, m.u.x - m.s.z, m.s.y - m.f.x, divisor,
-	                            m.u.y + m.f.z, m.u.x + m.s.z, m.f.x + m.s.y};
-	const float scale = 0.5f / xyl_lanes::square_root(divisor);
-	out = {candidates[chosen.w] * scale, candidates[chosen.x] * scale, candidates[chosen.y] * scale,
-	       candidates[chosen.z] * scale};
+	alignas(16) float divisors[4];
+	_mm_store_ps(divisors, t);
+
+	// By m22 >= 0, m00 >= -m11, m00 > m11 as bits 0, 1, 2.
+	static constexpr unsigned char picks[8] = {2, 3, 2, 0, 1, 3, 1, 0};
+	const unsigned is_upright = m.u.z >= 0;
+	const unsigned sum_is_positive = m.s.x >= -m.f.y;
+	const unsigned first_is_greater = m.s.x > m.f.y;
+	const unsigned pick = picks[is_upright | sum_is_positive << 1 | first_is_greater << 2];
+	const __m128 root = _mm_sqrt_ss(_mm_load_ss(&divisors[pick]));
+	const __m128 scale = _mm_div_ss(_mm_set_ss(0.5f), root);
+	_mm_store_ps(&out.w, _mm_mul_ps(candidates[pick], splat<0>(scale)));
 }

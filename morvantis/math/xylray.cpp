@@ -13,22 +13,25 @@ xylVec3 point_at(const xylRay& ray, float distance) {
 	return ray.origin + ray.direction * distance;
 }
 
-// 1/v. The fourth lane is cleaned before the division.
-__m128 reciprocal(__m128 v) { return _mm_div_ps(_mm_set1_ps(1), with_one(v)); }
+// 1/v. The fourth lane is that of the first, before the division.
+__m128 reciprocal(const xylVec3& v) {
+	const __m128 xyzx = _mm_shuffle_ps(v.lanes(), v.lanes(), _MM_SHUFFLE(0, 2, 1, 0));
+	return _mm_div_ps(_mm_set1_ps(1), xyzx);
+}
 
 __m128 greatest_of_three(__m128 v) { return _mm_max_ss(_mm_max_ss(v, splat<1>(v)), splat<2>(v)); }
 __m128 least_of_three(__m128 v) { return _mm_min_ss(_mm_min_ss(v, splat<1>(v)), splat<2>(v)); }
 
 // The parameters between which the line is inside a box.
 struct Span {
-	bool is_ahead() const { return far >= 0 && !(near > far); }
+	bool is_ahead() const { return (far >= 0) & !(near > far); } // without a branch
 
 	float near, far;
 };
 
 Span slab_span(const xylRay& ray, const xylVec3& min, const xylVec3& max) {
 	const __m128 added = _mm_set1_ps(1e-6f);
-	const __m128 inverse = reciprocal(ray.direction.lanes());
+	const __m128 inverse = reciprocal(ray.direction);
 	const __m128 origin = ray.origin.lanes();
 	const __m128 a = _mm_mul_ps(_mm_add_ps(_mm_sub_ps(min.lanes(), origin), added), inverse);
 	const __m128 b = _mm_mul_ps(_mm_add_ps(_mm_sub_ps(max.lanes(), origin), added), inverse);
@@ -183,25 +186,27 @@ bool store_sphere_hit(const xylRay& ray, const zubSphere_data& sphere, Side side
 
 bool xylRay::intersect_with_sphere(const xylVec3& center, float radius, xylVec3& out_point) const {
 	const __m128 start = origin.lanes();
+	const __m128 along = direction.lanes();
 	const __m128 way = _mm_sub_ps(center.lanes(), start);
-	const float t = first(xyl_lanes::dot(way, direction.lanes()));
-	if (!(t > 0)) {
-		const __m128 back = _mm_sub_ps(start, center.lanes());
-		if (!(first(xyl_lanes::dot(back, back)) < radius * radius)) return false;
+	const __m128 squared_radius = _mm_set_ss(radius * radius);
+	const __m128 t = xyl_lanes::dot(way, along);
+	if (!(first(t) > 0)) [[unlikely]] {
+		if (!(first(xyl_lanes::dot(way, way)) < first(squared_radius))) return false;
 		out_point = origin;
 		return true;
 	}
-	const __m128 foot = _mm_add_ps(start, _mm_mul_ps(direction.lanes(), _mm_set1_ps(t)));
+	const __m128 foot = _mm_add_ps(start, _mm_mul_ps(along, splat<0>(t)));
 	const __m128 off = _mm_sub_ps(foot, center.lanes());
-	const float h = radius * radius - first(xyl_lanes::dot(off, off));
-	if (!(h >= 0)) return false;
-	const float entry = t - square_root(h);
-	if (!(entry >= 0)) {
+	const __m128 h = _mm_sub_ss(squared_radius, xyl_lanes::dot(off, off));
+	if (!(first(h) >= 0)) return false;
+	const __m128 entry = _mm_sub_ss(t, _mm_sqrt_ss(h));
+	if (!(first(entry) >= 0)) [[unlikely]] {
 		out_point = origin;
 		return true;
 	}
-	if (entry > max_distance) return false;
-	out_point = point_at(*this, entry);
+	if (first(entry) > max_distance) return false;
+	out_point = xylVec3::from_lanes(
+		with_marker(_mm_add_ps(start, _mm_mul_ps(along, splat<0>(entry)))));
 	return true;
 }
 
@@ -249,7 +254,7 @@ bool xylRay::intersects_with_bounding_box(const xylObject_bounds_cache& cache,
 	// kept: no 1e-6, reciprocals of zero are zero, and near and far are the widest, not the
 	// narrowest.
 	const __m128 moves = _mm_cmpneq_ps(direction.lanes(), _mm_setzero_ps());
-	const __m128 inverse = _mm_and_ps(reciprocal(direction.lanes()), moves);
+	const __m128 inverse = _mm_and_ps(reciprocal(direction), moves);
 	const __m128 a = _mm_mul_ps(_mm_sub_ps(cache.min.lanes(), origin.lanes()), inverse);
 	const __m128 b = _mm_mul_ps(_mm_sub_ps(cache.max.lanes(), origin.lanes()), inverse);
 	const Span span = {first(least_of_three(_mm_min_ps(a, b))),
@@ -260,8 +265,8 @@ bool xylRay::intersects_with_bounding_box(const xylObject_bounds_cache& cache,
 }
 
 // Möller and Trumbore, "Fast, Minimum Storage Ray/Triangle Intersection" (1997), with back faces
-// rejected and the division put off. All conditions are judged at once: where triangles are hit at
-// random, one branch that goes wrong costs more than the rest of the arithmetic.
+// rejected and the division put off. Two stages, each with one branch for all of its conditions:
+// where triangles are hit at random, a branch that goes wrong costs more than the arithmetic.
 float xylRay::intersect_with_triangle(const xylVec3& a, const xylVec3& b, const xylVec3& c,
                                       xylVec3& out_point) const {
 	constexpr float smallest = 1e-6f; // of det, and of g in units of det
@@ -270,25 +275,29 @@ float xylRay::intersect_with_triangle(const xylVec3& a, const xylVec3& b, const 
 	const __m128 e2 = _mm_sub_ps(c.lanes(), a.lanes());
 	const __m128 from_a = _mm_sub_ps(origin.lanes(), a.lanes());
 	const __m128 p = xyl_lanes::cross(d, e2);
-	const __m128 q = xyl_lanes::cross(from_a, e1);
-	const __m128 det_u_v_g =
-		sums_of_four(_mm_mul_ps(p, e1), _mm_mul_ps(from_a, p), _mm_mul_ps(q, d), _mm_mul_ps(q, e2));
-	const __m128 det = splat<0>(det_u_v_g);
-	const __m128 u = splat<1>(det_u_v_g);
-	const __m128 v = splat<2>(det_u_v_g);
-	const __m128 g = splat<3>(det_u_v_g);
-	// det >= 1e-6, u >= 0, v >= 0; then u <= det, u + v <= det, g > det·1e-6.
-	const __m128 lowest = _mm_set_ps(-marker, 0, 0, smallest);
-	const __m128 far_enough = _mm_cmpgt_ss(g, _mm_mul_ss(det, _mm_set_ss(smallest)));
-	const __m128 within = _mm_and_ps(_mm_cmple_ps(u, det), _mm_cmple_ps(_mm_add_ps(u, v), det));
-	const __m128 is_hit = _mm_and_ps(within, _mm_cmpge_ps(det_u_v_g, lowest));
-	if ((_mm_movemask_ps(is_hit) & 7) != 7 || !(_mm_movemask_ps(far_enough) & 1)) {
-		out_point = {0, 0, 0};
-		return -1;
+	const __m128 det_u = sums_of_two(_mm_mul_ps(p, e1), _mm_mul_ps(from_a, p));
+	const __m128 det = splat<0>(det_u);
+	// det >= 1e-6, u >= 0, u <= det.
+	const __m128 lowest = _mm_set_ps(0, 0, smallest, smallest);
+	const __m128 may_hit = _mm_and_ps(_mm_cmpge_ps(det_u, lowest), _mm_cmple_ps(det_u, det));
+	if (_mm_movemask_ps(may_hit) == 15) {
+		const __m128 q = xyl_lanes::cross(from_a, e1);
+		const __m128 v_g = sums_of_two(_mm_mul_ps(q, d), _mm_mul_ps(q, e2));
+		const __m128 u = splat<2>(det_u);
+		const __m128 g = splat<2>(v_g);
+		// v >= 0, u + v <= det, g > det·1e-6.
+		const __m128 inside = _mm_and_ps(_mm_cmpge_ss(v_g, _mm_setzero_ps()),
+		                                 _mm_cmple_ss(_mm_add_ss(u, v_g), det));
+		const __m128 ahead = _mm_cmpgt_ss(g, _mm_mul_ss(det, _mm_set_ss(smallest)));
+		if (_mm_movemask_ps(_mm_and_ps(inside, ahead)) & 1) {
+			const __m128 distance = _mm_div_ps(g, det);
+			out_point = xylVec3::from_lanes(
+				with_marker(_mm_add_ps(origin.lanes(), _mm_mul_ps(d, distance))));
+			return first(distance);
+		}
 	}
-	const float distance = first(_mm_div_ss(g, det));
-	out_point = point_at(*this, distance);
-	return distance;
+	out_point = {0, 0, 0};
+	return -1;
 }
 
 float xylRay::intersect_with_quad(const xylVec3& a, const xylVec3& b, const xylVec3& c,
