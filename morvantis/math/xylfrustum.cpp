@@ -71,7 +71,9 @@ public:
 	// Whether the sphere is outside of no plane and straddles at least one.
 	bool leaves_it_to_corners() const { return bits_ - 1 < 0xFF; }
 	// The answer otherwise.
-	xylFrustum_check_result decided() const { return bits_ == 0 ? frustum_inside : frustum_outside; }
+	xylFrustum_check_result decided() const {
+		return bits_ == 0 ? frustum_inside : frustum_outside;
+	}
 	// Bit i: plane i is straddled.
 	unsigned straddled() const { return (bits_ & 31) | (bits_ >> 1 & 32); }
 
@@ -132,7 +134,8 @@ struct Corner_signs {
 	int certain; // bit i: the sign is that of the normalised product
 };
 
-inline Corner_signs corner_signs(const Wide_plane& plane, __m128 doubt, const Four_points& corners) {
+inline Corner_signs corner_signs(const Wide_plane& plane, __m128 doubt,
+                                 const Four_points& corners) {
 	const __m128 x = _mm_sub_ps(corners.x, plane.px);
 	const __m128 y = _mm_sub_ps(corners.y, plane.py);
 	const __m128 z = _mm_sub_ps(corners.z, plane.pz);
@@ -187,7 +190,8 @@ bool all_have_inner_corner(const xylPlane* planes, unsigned straddled, const xyl
 	const __m128 any = _mm_setzero_ps();
 	for (unsigned rest = straddled; rest != 0; rest &= rest - 1) {
 		const Wide_plane wide(planes[std::countr_zero(rest)]);
-		if ((corner_signs(wide, any, fours[0]).inner | corner_signs(wide, any, fours[1]).inner) == 0) {
+		if ((corner_signs(wide, any, fours[0]).inner | corner_signs(wide, any, fours[1]).inner) ==
+		    0) {
 			return false;
 		}
 	}

@@ -24,8 +24,7 @@ struct MORVANTIS_API xylMatrix_frame : xylMat3 {
 	xylVec3 transform_point(const xylVec3& p) const {
 		using namespace xyl_lanes;
 		const __m128 along_axes = combine(p.lanes(), s.lanes(), f.lanes(), u.lanes());
-		return xylVec3::from_lanes(
-			_mm_add_ps(with_zero(along_axes), with_marker(origin.lanes())));
+		return xylVec3::from_lanes(_mm_add_ps(with_zero(along_axes), with_marker(origin.lanes())));
 	}
 	xylVec3 transform_direction(const xylVec3& d) const {
 		using namespace xyl_lanes;

@@ -67,7 +67,7 @@ xylQuaternion xylQuaternion::quaternion_from_two_vectors(const xylVec3& a, const
 	const xylVec3 v = a.cross(b);
 	// kept: the smallest normal number is added here, not a floor as in xylVec3::fast_normalize().
 	const float squared = w * w + v.x * v.x + v.y * v.y + v.z * v.z + xyl_lanes::min_normal;
-	const float scale = xyl_lanes::first(xyl_lanes::approximate_inverse_root(_mm_set_ss(squared)));
+	const float scale = xyl_lanes::first(xyl_lanes::approximate_inverse_root(_mm_set1_ps(squared)));
 	return {w * scale, v.x * scale, v.y * scale, v.z * scale};
 }
 

@@ -188,7 +188,7 @@ bool xylRay::intersect_with_sphere(const xylVec3& center, float radius, xylVec3&
 	const __m128 start = origin.lanes();
 	const __m128 along = direction.lanes();
 	const __m128 way = _mm_sub_ps(center.lanes(), start);
-	const __m128 squared_radius = _mm_set_ss(radius * radius);
+	const __m128 squared_radius = _mm_set1_ps(radius * radius);
 	const __m128 t = xyl_lanes::dot(way, along);
 	if (!(first(t) > 0)) [[unlikely]] {
 		if (!(first(xyl_lanes::dot(way, way)) < first(squared_radius))) return false;
@@ -205,8 +205,8 @@ bool xylRay::intersect_with_sphere(const xylVec3& center, float radius, xylVec3&
 		return true;
 	}
 	if (first(entry) > max_distance) return false;
-	out_point = xylVec3::from_lanes(
-		with_marker(_mm_add_ps(start, _mm_mul_ps(along, splat<0>(entry)))));
+	out_point =
+		xylVec3::from_lanes(with_marker(_mm_add_ps(start, _mm_mul_ps(along, splat<0>(entry)))));
 	return true;
 }
 
@@ -286,8 +286,8 @@ float xylRay::intersect_with_triangle(const xylVec3& a, const xylVec3& b, const 
 		const __m128 u = splat<2>(det_u);
 		const __m128 g = splat<2>(v_g);
 		// v >= 0, u + v <= det, g > det·1e-6.
-		const __m128 inside = _mm_and_ps(_mm_cmpge_ss(v_g, _mm_setzero_ps()),
-		                                 _mm_cmple_ss(_mm_add_ss(u, v_g), det));
+		const __m128 inside =
+			_mm_and_ps(_mm_cmpge_ss(v_g, _mm_setzero_ps()), _mm_cmple_ss(_mm_add_ss(u, v_g), det));
 		const __m128 ahead = _mm_cmpgt_ss(g, _mm_mul_ss(det, _mm_set_ss(smallest)));
 		if (_mm_movemask_ps(_mm_and_ps(inside, ahead)) & 1) {
 			const __m128 distance = _mm_div_ps(g, det);
