@@ -117,8 +117,7 @@ void Canvas::triangle(const Canvas_point& a, const Canvas_point& b, const Canvas
 		if (budget_ <= 0) return;
 		const double at_row = a.nearness + per_y * (middle - a.y) + per_x * (0.5 - a.x);
 		for (int x = first; x < end; ++x) {
-			// Two by two, for the picture is halved later.
-			if (mode.dithered && ((x >> 1) + (y >> 1)) % 2 != 0) continue;
+			if (mode.dithered && (x + y) % 2 != 0) continue;
 			const float nearness = static_cast<float>(at_row + per_x * x);
 			const size_t at = index(x, y);
 			if (mode.tests_depth && nearness < nearness_[at]) continue;
@@ -129,6 +128,7 @@ void Canvas::triangle(const Canvas_point& a, const Canvas_point& b, const Canvas
 }
 
 void Canvas::rectangle(double left, double top, double right, double bottom, const Ink& ink) {
+	if (std::isnan(left + top) || std::isnan(right + bottom)) return;
 	const auto pixel_at = [](double at, int size) {
 		return static_cast<int>(std::clamp(std::floor(at + 0.5), 0.0, static_cast<double>(size)));
 	};

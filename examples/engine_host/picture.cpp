@@ -6,11 +6,11 @@
 namespace {
 
 constexpr Rgb sky = {9, 13, 26}, ground = {27, 38, 64};
-constexpr double line_width = 1.25, ground_line_width = 1.0; // pixels of the finished picture
+constexpr double line_width = 1.25, ground_line_width = 1.1; // pixels of the finished picture
 
 // The overview: from the south, high above the square.
 View overview(int width, int height) {
-	return {xylVec3(-22, -62, 36), xylVec3(1.5f, -3, 0), 0.355, width, height};
+	return {xylVec3(-34, -84, 52), xylVec3(0, -2, 0), 0.25, width, height};
 }
 
 // Faces that look up are brightest, so that a box is seen as a solid.
@@ -124,7 +124,19 @@ void Painter::paint_lines(const View& view, const std::vector<Debug_line_record>
 	}
 }
 
+// Names that would stand on each other are moved up, the ones farther down the list.
 void Painter::paint_texts(const View& view, const Frame& frame, Canvas& canvas) const {
+	constexpr double line = 16;
+	struct Place {
+		double left, right, base;
+	};
+	std::vector<Place> taken;
+	const auto is_taken = [&](const Place& wanted) {
+		return std::any_of(taken.begin(), taken.end(), [&](const Place& other) {
+			return wanted.left < other.right && other.left < wanted.right &&
+			       std::fabs(wanted.base - other.base) < line;
+		});
+	};
 	for (const Debug_text_record& text : texts_) {
 		const std::string letters = text.text.char_p();
 		double x = text.position.x, y = text.position.y;
@@ -137,8 +149,12 @@ void Painter::paint_texts(const View& view, const Frame& frame, Canvas& canvas) 
 		x += text.pixel_offset.x;
 		y += text.pixel_offset.y;
 		if (!is_near_canvas(x, y)) continue;
+		Place place{x, x + font_.width(letters), y};
+		for (int tries = 0; !text.screen_space && tries < 4 && is_taken(place); ++tries)
+			place.base -= line;
+		taken.push_back(place);
 		Ink ink(text.color);
 		ink.alpha *= freshness(frame.time, text.time_stamp, text.duration);
-		font_.draw(canvas, x, y, letters, ink);
+		font_.draw(canvas, x, place.base, letters, ink);
 	}
 }

@@ -6,9 +6,9 @@
 namespace {
 
 // Of an agent by its culling result: outside, inside, partly inside.
-constexpr xylColor result_colors[] = {0xFF5B6B86, 0xFF3DDC97, 0xFFFFB84D};
+constexpr xylColor result_colors[] = {0xFF7486A8, 0xFF3DDC97, 0xFFFFB84D};
 constexpr xylColor frustum_color = 0xFF7FD4FF, pick_color = 0xFFFF4D8D;
-constexpr xylColor grid_color = 0xFF6C86B0, paper_color = 0xFFE8EEF8, dim_color = 0xFF93A1BA;
+constexpr xylColor grid_color = 0xFF86A2D0, paper_color = 0xFFE8EEF8, dim_color = 0xFF93A1BA;
 
 xylColor with_alpha(xylColor color, unsigned int alpha) {
 	return (color & 0xFFFFFFu) | alpha << 24;
@@ -102,11 +102,11 @@ void draw_pick(const World& world, const Sight& sight, xylDebug_render_records& 
 } // namespace
 
 void draw_trails(const World& world, xylDebug_render_records& records) {
-	constexpr float seconds = 1.5f;
+	constexpr float seconds = 1.6f;
 	for (const Agent& agent : world.agents()) {
 		const xylVec3 way = agent.velocity * World::tick_seconds;
 		const xylVec3 lifted = agent.position + xylVec3(0, 0, 0.05f);
-		records.add_debug_line(lifted - way, way, with_alpha(paper_color, 0x60), true, seconds);
+		records.add_debug_line(lifted - way, way, with_alpha(paper_color, 0x90), true, seconds);
 	}
 }
 

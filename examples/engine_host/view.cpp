@@ -30,9 +30,14 @@ View::Camera_point View::to_camera(const xylVec3& point) const {
 	return {along(right_), along(up_), along(forward_)};
 }
 
+// Numbers near the end of their range miss the border that they were cut off at by rounding.
 Canvas_point View::to_canvas(const Camera_point& point) const {
-	return {(point.x / point.depth + 1) / 2 * width_, (1 - point.y / point.depth) / 2 * height_,
-	        1 / point.depth};
+	const auto bounded = [](double value, double limit) {
+		return value > 0 ? std::min(value, limit) : 0; // NaN is 0
+	};
+	return {bounded((point.x / point.depth + 1) / 2 * width_, width_),
+	        bounded((1 - point.y / point.depth) / 2 * height_, height_),
+	        bounded(1 / point.depth, 1 / nearest)};
 }
 
 // At least 0 on the inner side.
