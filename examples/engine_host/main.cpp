@@ -24,6 +24,7 @@ bool parse(int argc, char** argv, Run_options* options, int* code) {
 	CLI::App app("A small engine: agents wander, are culled, picked, sent to a second host, and\n"
 	             "drawn from the records of the debug drawing.");
 	app.option_defaults()->always_capture_default();
+	app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 	app.add_option("--frames", options->frames, "frames to run")->check(CLI::Range(1, 1000));
 	app.add_option("--agents", options->agents, "agents in the world")
 		->check(CLI::Range(1, largest_agent_count));

@@ -2,12 +2,14 @@
 
 #include <morvantis/core/xylreport.h>
 #include <morvantis/diagnostics/xyldebug_render_records.h>
+#include <morvantis/math/xylconvex_polygon.h>
 
 namespace {
 
 // Of an agent by its culling result: outside, inside, partly inside.
 constexpr xylColor result_colors[] = {0xFF7486A8, 0xFF3DDC97, 0xFFFFB84D};
 constexpr xylColor frustum_color = 0xFF7FD4FF, pick_color = 0xFFFF4D8D;
+constexpr xylColor hull_color = 0xFFC9F299;
 constexpr xylColor grid_color = 0xFF86A2D0, paper_color = 0xFFE8EEF8, dim_color = 0xFF93A1BA;
 
 xylColor with_alpha(xylColor color, unsigned int alpha) {
@@ -99,6 +101,28 @@ void draw_pick(const World& world, const Sight& sight, xylDebug_render_records& 
 	                             0);
 }
 
+// Round the agents that are seen, in part at least: their outline half a metre above the ground,
+// filled beneath them.
+void draw_hull(const World& world, const Sight& sight, xylDebug_render_records& records) {
+	xylArray<xylVec2> points;
+	for (const Agent& agent : world.agents()) {
+		if (sight.checks[static_cast<size_t>(agent.id)] == frustum_outside) continue;
+		xylVec3 corners[8];
+		agent.box().get_transformed_tip_points(corners, agent.frame());
+		for (const xylVec3& corner : corners) points.push_back({corner.x, corner.y});
+	}
+	xylConvex_polygon hull;
+	hull.initialize(points);
+	if (!hull.is_valid()) return;
+	hull.debug_render(hull_color, false, 0);
+	const auto on_ground = [](const xylVec2& point) { return xylVec3(point.x, point.y, 0); };
+	for (size_t i = 2; i < hull.points.size(); ++i) {
+		const xylVec3 corners[] = {on_ground(hull.points[0]), on_ground(hull.points[i - 1]),
+		                           on_ground(hull.points[i])};
+		records.add_debug_tri(corners, with_alpha(hull_color, 0x20), false, true);
+	}
+}
+
 } // namespace
 
 void draw_trails(const World& world, xylDebug_render_records& records) {
@@ -116,6 +140,7 @@ void draw_scene(const World& world, const Watcher& watcher, const Sight& sight,
 	exact.add_debug_frame(xylMatrix_frame::identity(), 4, 0);
 	draw_frustum(watcher.frustum(), exact);
 	rounded.add_debug_coordinate_space(watcher.frame(), 3, nullptr, nullptr);
+	draw_hull(world, sight, exact);
 	draw_pick(world, sight, exact);
 	for (const Agent& agent : world.agents()) {
 		const xylFrustum_check_result check = sight.checks[static_cast<size_t>(agent.id)];

@@ -15,9 +15,10 @@ class xylDebug_render_records;
 // Of one tick: the trails that the agents leave behind.
 void draw_trails(const World& world, xylDebug_render_records& records);
 
-// Of one frame, into two sets: what comes out of sums, products and square roots alone is `exact`
+// Of one frame, into two sets. What comes out of sums, products and square roots alone is `exact`
 // and the same on every machine; `rounded` has the shapes whose builders use the processor's
-// approximate root.
+// approximate root. `exact` is the set of the current frame, which some things draw themselves
+// into.
 void draw_scene(const World& world, const Watcher& watcher, const Sight& sight,
                 xylDebug_render_records& exact, xylDebug_render_records& rounded);
 
