@@ -2,6 +2,7 @@
 
 #include "../shared/host.h"
 #include "../shared/table.h"
+#include "culling.h"
 #include "engine.h"
 #include "page.h"
 #include "second_host.h"
@@ -71,6 +72,7 @@ int draw_file(const Run_options& options) {
 
 int run_engine(const Run_options& options) {
 	const System_round system = run_system_round(options.out);
+	const Culling_round culling = run_culling_round();
 	Second_host second;
 	if (!second.start(options)) {
 		xyl_error("%s", "the second host can't be started");
@@ -82,6 +84,7 @@ int run_engine(const Run_options& options) {
 	const bool is_content = second.wait_until_content();
 	system.machine.print();
 	system.work.print();
+	culling.work.print();
 	states.print();
 	engine.print_summary();
 	std::printf("\n  the second host %s\n",
@@ -89,8 +92,8 @@ int run_engine(const Run_options& options) {
 	                       : "IS NOT CONTENT");
 	std::printf("  packets and records have the hash %08x, the same on every system\n",
 	            engine.hash());
-	return is_run && is_content && system.is_sound && states.is_sound() ? exit_well
-	                                                                    : exit_not_equal;
+	const bool is_sound = system.is_sound && culling.is_sound && states.is_sound();
+	return is_run && is_content && is_sound ? exit_well : exit_not_equal;
 }
 
 int play_role(const Run_options& options) {
