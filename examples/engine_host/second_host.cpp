@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds patience_for_tables(20);
+constexpr std::chrono::seconds patience_for_words(20);
 
 std::string tables_path(const Run_options& options) { return options.out + "/second_host.txt"; }
 
@@ -68,16 +68,21 @@ bool Second_host::start(const Run_options& options) {
 	for (std::string& word : words) arguments.push_back(word.data());
 	arguments.push_back(nullptr);
 	unsigned int process = 0;
-	return zubPlatform::create_process(process, nullptr, arguments.data(), nullptr, 0, false) == 1;
+	if (zubPlatform::create_process(process, nullptr, arguments.data(), nullptr, 0, false) != 1)
+		return false;
+	return !wait_for("listens").empty();
+}
+
+std::string Second_host::wait_for(const char* word) const {
+	const auto end = std::chrono::steady_clock::now() + patience_for_words;
+	while (std::chrono::steady_clock::now() < end) {
+		std::string text = contents_of(tables_);
+		if (text.find(word) != std::string::npos) return text;
+		std::this_thread::sleep_for(std::chrono::milliseconds(10));
+	}
+	return {};
 }
 
 bool Second_host::wait_until_content() const {
-	const auto end = std::chrono::steady_clock::now() + patience_for_tables;
-	while (std::chrono::steady_clock::now() < end) {
-		const std::string text = contents_of(tables_);
-		if (text.find("server: ") != std::string::npos)
-			return text.find("server: every undamaged packet arrived equal") != std::string::npos;
-		std::this_thread::sleep_for(std::chrono::milliseconds(20));
-	}
-	return false;
+	return wait_for("  server: ").find("every undamaged packet arrived equal") != std::string::npos;
 }

@@ -14,13 +14,16 @@ int run_second_host(const Run_options& options);
 // In the first process.
 class Second_host {
 public:
-	// Finds a free port and starts the process; false when either fails.
+	// Finds a free port, starts the process and waits until it listens; false when one fails.
 	bool start(const Run_options& options);
 	unsigned short port() const { return port_; }
-	// Waits a while for the tables, once goodbye was said. Whether all arrived as it was sent.
+	// Waits for the tables, once goodbye was said. Whether all arrived as it was sent.
 	bool wait_until_content() const;
 
 private:
+	// What the second host has written, once the word is in it; empty when that takes too long.
+	std::string wait_for(const char* word) const;
+
 	std::string tables_; // the file's path
 	unsigned short port_ = 0;
 };
