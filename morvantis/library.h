@@ -99,6 +99,7 @@
 
 #include <morvantis/diagnostics/xylcolor.h>
 #include <morvantis/diagnostics/xyldebug_render_records.h>
+#include <morvantis/diagnostics/zubcallstack.h>
 #include <morvantis/diagnostics/zubcallstack_frame.h>
 #include <morvantis/diagnostics/zubcallstack_helpers.h>
 #include <morvantis/diagnostics/zubcallstack_module.h>
