@@ -1,5 +1,6 @@
 #include "scripted_system.h"
 
+#include <morvantis/core/legacy_format.h>
 #include <morvantis/core/xylreport.h>
 #include <morvantis/memory/xylheap.h>
 #include <morvantis/platform/system/clock.h>
@@ -124,7 +125,7 @@ void* os::load_module(const char* name) {
 bool os::free_module(void* module) { return answer("free_module", module); }
 void* os::module_symbol(void* module, const char* symbol) {
 	note("module_symbol", module, symbol);
-	return scripted_system.address;
+	return scripted_system.has_symbols ? scripted_system.address : nullptr;
 }
 
 xylUInt32 os::current_process_id() { return 0xFFFFFFFE; }
@@ -144,7 +145,7 @@ bool os::user_name(char* buffer, xylUInt32* size) {
 size_t os::current_folder(char* buffer, size_t size) {
 	note("current_folder", size);
 	std::memcpy(buffer, scripted_system.current_folder.c_str(),
-	            scripted_system.current_folder.size()); // the area is zeroed
+	            scripted_system.current_folder.size() + 1);
 	return scripted_system.current_folder.size();
 }
 int os::start_process(char* command_line, xylUInt32 creation_flags, const char* environment,
@@ -223,8 +224,9 @@ void xyl_output_debug_string(const char* text) {
 int xyl_snprintf(char* buffer, size_t size, const char* text, ...) {
 	va_list arguments;
 	va_start(arguments, text);
-	const int count = std::vsnprintf(buffer, size, text, arguments);
+	const int count = format_bounded(buffer, size, text, arguments);
 	va_end(arguments);
+	if (count < 0 && size > 0) buffer[size - 1] = 0;
 	return count;
 }
 

@@ -27,6 +27,7 @@ struct Scripted_system {
 	xylUInt32 processor_count = 1;
 	bool succeeds = true;    // of every call with a yes or no
 	void* address = nullptr; // of every call with an address
+	bool has_symbols = true; // of libraries
 	std::string name;        // of the machine or the user
 	std::optional<xylUInt32> name_count;
 	std::string path; // of every call that asks for one
