@@ -209,6 +209,8 @@ TEST(Bad_input, QueriesAndRotationsFollowThePlainSteps) {
 		plain::closest_of_segments(p[0], p[1], p[2], p[3], pa, pb);
 		ASSERT_TRUE(same_bits(a, pa) && same_bits(b, pb));
 		xylMath::shortest_segment_between_lines_precise(v[0], v[1], v[2], v[3], a, b);
+		plain::closest_of_segments_precise(p[0], p[1], p[2], p[3], pa, pb);
+		ASSERT_TRUE(same_bits(a, pa) && same_bits(b, pb));
 		xylMath::shortest_segment_between_line_and_point(v[0], v[1], v[2], a, b);
 		ASSERT_TRUE(same_bits(a, plain::closest_on_segment(p[0], p[1], p[2], true)));
 		float w[3], pw[3];
@@ -228,14 +230,23 @@ TEST(Bad_input, QueriesAndRotationsFollowThePlainSteps) {
 		ASSERT_TRUE(same_bits(xylQuaternion::find_shortest_arc_as_quat(v[0], v[1]),
 		                      plain::shortest_arc(p[0], p[1])));
 		const xylQuaternion q(v[0].x, v[1].x, v[2].x, v[3].x);
+		const auto pq = to_plain<float>(q);
+		const float between = xylQuaternion::angle_between(q, {v[0].y, v[1].y, v[2].y, v[3].y});
+		ASSERT_TRUE(between >= 0 && between <= 3.1415927f);
 		xylVec3 axis, angles;
-		float angle = xylQuaternion::angle_between(q, {v[0].y, v[1].y, v[2].y, v[3].y});
-		ASSERT_TRUE(angle >= 0);
+		plain::Vec<float> paxis;
+		float angle, pangle;
 		xylQuaternion::axis_angle_from_quaternion(axis, angle, q);
+		plain::axis_angle_of(pq, paxis, pangle);
+		ASSERT_TRUE(same_bits(axis, paxis) && nearly_same(angle, pangle));
 		ASSERT_TRUE(angle >= 0);
 		xylQuaternion::euler_angle_from_quaternion(angles, q);
+		ASSERT_TRUE(nearly_same(angles, plain::euler_angles(pq)));
 		xylQuaternion made = xylQuaternion::quaternion_look_at(v[0]);
-		xylQuaternion::quaternion_from_axis_angle(made, v[0], v[1].x);
+		ASSERT_TRUE(nearly_same(made, plain::look_at(p[0])));
+		const float turn = special(samples);
+		xylQuaternion::quaternion_from_axis_angle(made, v[0], turn);
+		ASSERT_TRUE(nearly_same(made, plain::from_axis_angle(p[0], turn)));
 		made = xylQuaternion::quaternion_from_two_vectors(v[0], v[1]);
 		ASSERT_TRUE(same_bits(made, plain::from_two_vectors(p[0], p[1])));
 	}

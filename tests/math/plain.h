@@ -172,6 +172,37 @@ template <typename T> Quat<T> from_two_vectors(Vec<T> a, Vec<T> b) {
 	return {w * k, c.x * k, c.y * k, c.z * k};
 }
 
+template <typename T> void axis_angle_of(Quat<T> q, Vec<T>& axis, T& angle) {
+	if (q.w >= 1 || !(q.w > -1)) {
+		axis = {1, 0, 0};
+		angle = 0;
+		return;
+	}
+	axis = fast_normalized(Vec<T>{q.x, q.y, q.z});
+	angle = T(2) * std::acos(q.w);
+}
+
+template <typename T> Quat<T> from_axis_angle(Vec<T> axis, T angle) {
+	const T sine = std::sin(angle * T(0.5f));
+	return {std::cos(angle * T(0.5f)), axis.x * sine, axis.y * sine, axis.z * sine};
+}
+
+template <typename T> Vec<T> euler_angles(Quat<T> q) {
+	const T ww = q.w * q.w, xx = q.x * q.x, yy = q.y * q.y, zz = q.z * q.z;
+	return {std::atan2(T(2) * (q.w * q.x + q.y * q.z), ww - xx - yy + zz),
+	        std::asin(T(-2) * (q.x * q.z - q.w * q.y)),
+	        std::atan2(T(2) * (q.w * q.z + q.x * q.y), ww + xx - yy - zz)};
+}
+
+template <typename T> Quat<T> look_at(Vec<T> dir) {
+	const T yaw = std::atan2(-dir.x, dir.y);
+	const T p = std::atan2(-std::sqrt(T(1) - dir.z * dir.z), dir.z);
+	const T pitch = p > T(1.5707964f) ? p - T(4.712389f) : p + T(1.5707964f);
+	const T sy = std::sin(yaw * T(0.5f)), cy = std::cos(yaw * T(0.5f));
+	const T sp = std::sin(pitch * T(0.5f)), cp = std::cos(pitch * T(0.5f));
+	return {cp * cy, sp * cy, sp * sy, cp * sy};
+}
+
 // Planes, lines and boxes.
 
 template <typename T> struct Plane {

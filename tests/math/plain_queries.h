@@ -339,6 +339,40 @@ void closest_of_segments(Vec<T> p0, Vec<T> p1, Vec<T> q0, Vec<T> q1, Vec<T>& out
 	out_q = q0 + v * t;
 }
 
+// The same with a, b, e and what is made of them in double; parameters are narrowed as they come.
+inline void closest_of_segments_precise(Vec<float> p0, Vec<float> p1, Vec<float> q0, Vec<float> q1,
+                                        Vec<float>& out_p, Vec<float>& out_q) {
+	const auto wide = [](Vec<float> v) { return Vec<double>{v.x, v.y, v.z}; };
+	const Vec<float> u = p1 - p0, v = q1 - q0, r = p0 - q0;
+	const double a = dot(wide(u), wide(u)), e = dot(wide(v), wide(v)), b = dot(wide(u), wide(v));
+	const double f = dot(r, v), c = dot(r, u), small = 1e-5f;
+	float s = 0, t = 0;
+	if (!(a > small) && !(e > small)) {
+		out_p = p0;
+		out_q = q0;
+		return;
+	}
+	if (!(a > small)) {
+		t = static_cast<float>(held(f / e));
+	} else if (!(e > small)) {
+		s = static_cast<float>(held(-c / a));
+	} else {
+		const double D = a * e - b * b;
+		if (D > 0) s = static_cast<float>(held((b * f - c * e) / D));
+		const double g = b * static_cast<double>(s) + f;
+		if (!(g >= 0)) {
+			s = static_cast<float>(held(-c / a));
+		} else if (g > e) {
+			t = 1;
+			s = static_cast<float>(held((b - c) / a));
+		} else {
+			t = static_cast<float>(g / e);
+		}
+	}
+	out_p = p0 + u * s;
+	out_q = q0 + v * t;
+}
+
 template <typename T> Vec<T> closest_on_segment(Vec<T> a, Vec<T> b, Vec<T> p, bool check) {
 	const Vec<T> d = b - a;
 	if (check && !(dot(d, d) > T(1e-5f))) return a;

@@ -75,6 +75,54 @@ public:
 			return {w * k, v.x * k, v.y * k, v.z * k};
 		}
 	}
+	// Like rotation(), but one in four on an axis, near the ends of the range, not of unit length,
+	// or zero.
+	xylQuaternion awkward_rotation() {
+		const xylQuaternion q = rotation();
+		const float k = between(0, 2);
+		switch (below(32)) {
+		case 0:
+			return {0, 0, 0, 0};
+		case 1:
+			return {one_in(2) ? 1.0f : -1.0f, 0, -0.0f, 0};
+		case 2:
+			return {0, one_in(2) ? 1.0f : -1.0f, 0, -0.0f};
+		case 3:
+			return {-0.0f, 0, one_in(2) ? 1.0f : -1.0f, 0};
+		case 4:
+			return {between(0.9999f, 1.0001f), q.x * 1e-3f, q.y * 1e-3f, q.z * 1e-3f};
+		case 5:
+			return {between(-1.0001f, -0.9999f), q.x * 1e-20f, q.y * 1e-20f, q.z * 1e-20f};
+		case 6: // second Euler angle near ±π/2
+			return {0.70710678f, between(-1e-4f, 1e-4f), one_in(2) ? 0.70710678f : -0.70710678f, 0};
+		case 7:
+			return {q.w * k, q.x * k, q.y * k, q.z * k};
+		default:
+			return q;
+		}
+	}
+	// Like unit(), but one in four along an axis, near the poles or not of unit length.
+	xylVec3 awkward_unit() {
+		const xylVec3 v = unit();
+		const float zero = one_in(2) ? 0.0f : -0.0f;
+		const float one = one_in(2) ? 1.0f : -1.0f;
+		switch (below(24)) {
+		case 0:
+			return {one, zero, -zero};
+		case 1:
+			return {zero, one, zero};
+		case 2:
+			return {zero, zero, one};
+		case 3:
+			return {v.x * 1e-4f, v.y * 1e-4f, one};
+		case 4:
+			return {v.x * 1e-3f, v.y * 1e-3f, one * 0.9999995f};
+		case 5:
+			return v * between(0, 1.5f);
+		default:
+			return v;
+		}
+	}
 	// Turned anywhere, moved up to `reach`; one in four scaled, one in sixteen the identity.
 	xylMatrix_frame frame(float reach) {
 		xylMatrix_frame frame = xylMatrix_frame::identity();
@@ -217,6 +265,18 @@ inline bool near(const xylQuaternion& a, plain::Quat<double> b, double tolerance
 }
 inline bool near(const xylMat3& a, plain::Mat<double> b, double tolerance) {
 	return near(a.s, b.s, tolerance) && near(a.f, b.f, tolerance) && near(a.u, b.u, tolerance);
+}
+
+// For what passes through the runtime's trigonometry: NaN and infinities alike, numbers nearly.
+inline bool nearly_same(float a, float b) {
+	return same_bits(a, b) || std::abs(a - b) <= 1e-6f * std::max(1.0f, std::abs(b));
+}
+inline bool nearly_same(const xylVec3& a, plain::Vec<float> b) {
+	return nearly_same(a.x, b.x) && nearly_same(a.y, b.y) && nearly_same(a.z, b.z);
+}
+inline bool nearly_same(const xylQuaternion& a, plain::Quat<float> b) {
+	return nearly_same(a.w, b.w) && nearly_same(a.x, b.x) && nearly_same(a.y, b.y) &&
+	       nearly_same(a.z, b.z);
 }
 
 // Equal numbers, NaN to any NaN; the sign of a zero is left to the bit-exact comparisons.

@@ -174,6 +174,9 @@ TEST(xylMath, SegmentsAgreeWithThePlainStepsAndDoubles) {
 		xylVec3 precise_p, precise_q;
 		xylMath::shortest_segment_between_lines_precise(k.p0, k.p1, k.q0, k.q1, precise_p,
 		                                                precise_q);
+		plain::closest_of_segments_precise(to_plain<float>(k.p0), to_plain<float>(k.p1),
+		                                   to_plain<float>(k.q0), to_plain<float>(k.q1), pp, pq);
+		ASSERT_TRUE(same_bits(precise_p, pp) && same_bits(precise_q, pq));
 		const double precise =
 			plain::length(to_plain<double>(precise_p) - to_plain<double>(precise_q));
 		ASSERT_GT(precise, least - 1e-5);
