@@ -1,0 +1,118 @@
+#include <known_dll.h> // of the build
+#include <pdb_files.h>
+#include <temporary_folder.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string known_pdb = MORVANTIS_KNOWN_DLL_FOLDER "/known.pdb";
+
+// The frame at `distance` behind the beginning of the known function.
+Frame known_frame(std::uint32_t distance) {
+	Found_frame found;
+	const std::string text = "#known.pdb@" + std::string(known_dll_guid) + " (" +
+	                         std::to_string(known_dll_age) +
+	                         "): 0:" + std::to_string(known_entry_offset + distance);
+	EXPECT_TRUE(find_frame(text, 0, found));
+	return found.frame;
+}
+
+std::string bytes_of(const std::string& path) {
+	std::ifstream file(path, std::ios::binary);
+	return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(Pdb_files, ReadsTheIdentityThatTheLinkerWrote) {
+	const std::optional<Pdb_identity> identity = read_pdb_identity(known_pdb);
+	ASSERT_TRUE(identity);
+	EXPECT_EQ(guid_text(identity->guid), known_dll_guid);
+	EXPECT_EQ(identity->age, known_dll_age);
+	EXPECT_FALSE(read_pdb_identity(MORVANTIS_KNOWN_DLL_FOLDER "/known.dll"));
+	EXPECT_FALSE(read_pdb_identity(MORVANTIS_KNOWN_DLL_FOLDER "/nothing.pdb"));
+	EXPECT_FALSE(read_pdb_identity(MORVANTIS_KNOWN_DLL_FOLDER));
+}
+
+TEST(Pdb_files, SurvivesDamagedFiles) {
+	const Temporary_folder folder;
+	const std::string whole = bytes_of(known_pdb);
+	const std::string path = folder / "damaged.pdb";
+	size_t read = 0;
+	for (unsigned int seed = 0; seed < 200; ++seed) {
+		std::mt19937 random(seed);
+		std::string damaged = seed % 4 ? whole : whole.substr(0, random() % whole.size());
+		for (unsigned int i = 0; i < 1u << seed % 8; ++i)
+			damaged[random() % std::min<size_t>(damaged.size(), seed % 2 ? 64 : damaged.size())] =
+				static_cast<char>(random());
+		std::ofstream(path, std::ios::binary) << damaged;
+		read += read_pdb_identity(path).has_value();
+	}
+	EXPECT_GT(read, 0u);
+	EXPECT_LT(read, 200u);
+}
+
+TEST(Pdb_files, FindsFilesByNameStoreAndIdentity) {
+	const Frame frame = known_frame(0);
+	std::string key = known_dll_guid;
+	key = key.substr(1, 32) + std::to_string(known_dll_age);
+	for (const std::string& name :
+	     {std::string("known.pdb"), "known.pdb/" + key + "/known.pdb", std::string("other.pdb")}) {
+		SCOPED_TRACE(name);
+		const Temporary_folder folder;
+		folder.make_file(name, bytes_of(known_pdb));
+		Pdb_files files({"/nowhere", folder.path().string()});
+		Frame of_image = frame;
+		for (const char* image : {"known.dll", "known.exe", "known", "known.pdb"}) {
+			of_image.name = image;
+			const Resolution found = files.find(of_image);
+			EXPECT_EQ(found.outcome, Outcome::resolved);
+			EXPECT_TRUE(fs::equivalent(found.file, folder / name));
+		}
+	}
+}
+
+TEST(Pdb_files, RefusesOtherBuilds) {
+	Pdb_files files({MORVANTIS_KNOWN_DLL_FOLDER});
+	Frame frame = known_frame(0);
+	++frame.age;
+	EXPECT_EQ(files.find(frame).outcome, Outcome::other_build);
+	frame = known_frame(0);
+	frame.guid[15] ^= 1;
+	EXPECT_EQ(files.find(frame).outcome, Outcome::other_build);
+	EXPECT_TRUE(fs::equivalent(files.find(frame).file, known_pdb));
+	frame.name = "unheard_of.dll";
+	EXPECT_EQ(files.find(frame).outcome, Outcome::no_file);
+}
+
+TEST(Pdb_reader, AnswersFunctionAndLine) {
+	const auto reader = make_pdb_reader({{MORVANTIS_KNOWN_DLL_FOLDER}, "llvm-symbolizer"});
+	const Resolution first = reader->resolve(known_frame(0));
+	EXPECT_EQ(first.outcome, Outcome::resolved);
+	EXPECT_EQ(first.place.function, "known_entry");
+	EXPECT_EQ(first.place.source, "known_dll.cpp");
+	EXPECT_EQ(first.place.line, 17u);
+	// The function before it, whose code ends a few bytes of padding ahead.
+	const Resolution second = reader->resolve(known_frame(static_cast<std::uint32_t>(-16)));
+	EXPECT_EQ(second.place.function, "known::Walker::step");
+	EXPECT_EQ(second.place.line, 13u);
+}
+
+TEST(Pdb_reader, LeavesOtherFramesAlone) {
+	const auto reader = make_pdb_reader({{MORVANTIS_KNOWN_DLL_FOLDER}, "llvm-symbolizer"});
+	Frame frame = known_frame(0);
+	frame.guid[0] ^= 1;
+	EXPECT_EQ(reader->resolve(frame).outcome, Outcome::other_build);
+	// Outside all functions.
+	const Resolution outside = reader->resolve(known_frame(0x7000000));
+	EXPECT_EQ(outside.outcome, Outcome::resolved);
+	EXPECT_EQ(outside.place.source, "");
+	EXPECT_EQ(outside.place.line, 0u);
+}
+
+} // namespace
