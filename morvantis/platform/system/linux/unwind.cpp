@@ -50,15 +50,16 @@ namespace {
 constinit Frame_cache cache{};
 
 // A stack's own words, which a sanitizer may have fenced off from its functions.
-[[gnu::no_sanitize("address", "thread")]] inline xylUInt64 load_word(xylUInt64 address) {
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] inline xylUInt64
+load_word(xylUInt64 address) {
 	xylUInt64 word;
 	std::memcpy(&word, reinterpret_cast<const void*>(address), sizeof(word));
 	return word;
 }
 
 // Reads whatever the rules point to.
-[[gnu::no_sanitize("address", "thread")]] bool read_memory(xylUInt64 address, unsigned int size,
-                                                           xylUInt64& value) {
+[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] bool
+read_memory(xylUInt64 address, unsigned int size, xylUInt64& value) {
 	const auto* const bytes = reinterpret_cast<const unsigned char*>(address);
 	value = 0;
 	for (unsigned int i = 0; i < size; ++i) value |= static_cast<xylUInt64>(bytes[i]) << (8 * i);
