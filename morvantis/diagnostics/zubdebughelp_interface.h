@@ -44,5 +44,6 @@ public:
 	void* dll_get_class_object = nullptr; // its entry
 };
 
-// The host's; null at load. The library only reads it, and never tests it for null.
+// The host's; null at load. The library only reads it, and never tests it for null, but for the
+// crash dump, which does without its lock then.
 extern MORVANTIS_API zubDebughelp_interface* zub_debughelp_interface;

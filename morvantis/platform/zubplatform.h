@@ -25,6 +25,15 @@ enum xylThread_priority {
 	xylThread_priority_high = 2, // above it; the system may refuse
 };
 
+// What a handler of crashes hands on: an exception as the system describes it.
+//
+// On Windows the system's own EXCEPTION_POINTERS has this shape and is what write_minidump() takes;
+// on Linux a handler of a signal fills one in from its second and third argument.
+struct zubException_pointers {
+	void* record;  // EXCEPTION_RECORD*, or siginfo_t*
+	void* context; // CONTEXT*, or ucontext_t*
+};
+
 // Thin wrappers of the operating system: clocks, threads, memory, identity, paths and folders.
 //
 // Every operation is static; the global pointer zub_platform leads to an object for callers that
@@ -221,6 +230,27 @@ public:
 	// Shows a folder in the desktop with one item selected; Linux selects none. Both paths may be
 	// base-relative, and the item's is not relative to the folder.
 	static void open_folder_and_select_items(const xylVarString& folder, const xylVarString& item);
+
+	// --- Crash dumps --------------------------------------------------------------------------
+
+	// Writes the file "dump.dmp" into a folder: a minidump of this process, which debuggers of
+	// either system open. A dump that is there already is replaced. docs/crash_dumps.md shows a
+	// host's handlers.
+	//
+	// `folder`              a final path of at most 1,014 characters, as the system takes it.
+	// `exception_pointers`  a zubException_pointers of the calling thread. Null for a dump of a
+	//                       process that goes on: an exception with the code 0xDEADFACE (SIGTRAP on
+	//                       Linux) is raised for it and caught again, and no handler of the host
+	//                       sees it.
+	// Result                kept: always false, with a dump or without one. A failure, such as a
+	//                       missing folder, is silent; on Windows one handle then stays open.
+	//
+	// Threads: any, one dump at a time by the lock of zub_debughelp_interface, which the calling
+	// thread must not hold; where that is null the caller sees to it. Linux stops all other threads
+	// meanwhile, and calls of the system they were in may end with EINTR.
+	// Allocation: none on Linux, where a handler of a signal may call it, on a stack of its own of
+	// 64 KiB; the folder's string is made in good time.
+	static bool write_minidump(const xylVarString& folder, void* exception_pointers);
 };
 
 // An object to call the operations on; there from before the first static initialiser.

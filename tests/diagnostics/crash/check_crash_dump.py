@@ -1,0 +1,75 @@
+#!/usr/bin/env python3
+"""Lets a program crash and asks a debugger, which knows nothing of us, what the dump says.
+
+usage: check_crash_dump.py <kind> <function> [--thread] [--exit N] [--reason TEXT]
+                           [--search FOLDER]... --debugger LLDB -- <program>...
+
+The dump must name <function> among the frames of the thread that crashed, and the other thread's
+place in another one.
+"""
+
+import argparse
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+
+def threads_of(text):
+    """The frames of each thread, innermost first, of a debugger's backtraces; the selected one first."""
+    threads = []
+    for line in text.splitlines():
+        if re.match(r"[* ] thread #\d+", line):
+            threads.append((line, []))
+        elif threads and re.match(r"[* ]*frame #\d+:", line):
+            threads[-1][1].append(line)
+    threads.sort(key=lambda thread: not thread[0].startswith("*"))
+    return threads
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("kind")
+    parser.add_argument("function")
+    parser.add_argument("--thread", action="store_true")
+    parser.add_argument("--exit", type=int, default=3)
+    parser.add_argument("--reason", default="")
+    parser.add_argument("--search", action="append", default=[])
+    parser.add_argument("--debugger", required=True)
+    parser.add_argument("program", nargs="+")
+    options = parser.parse_args()
+
+    with tempfile.TemporaryDirectory() as folder:
+        # A file and no pipe: what the emulator leaves running would keep a pipe open.
+        with open(pathlib.Path(folder, "output"), "w+", errors="replace") as output:
+            crash = subprocess.run(
+                options.program + [options.kind, folder] + (["thread"] if options.thread else []),
+                stdin=subprocess.DEVNULL, stdout=output, stderr=output, timeout=120)
+            output.seek(0)
+            said = output.read()
+        dump = pathlib.Path(folder, "dump.dmp")
+        if not dump.exists() or dump.stat().st_size == 0:
+            sys.exit(f"no dump; exit code {crash.returncode}\n{said}")
+        command = [options.debugger, "--no-lldbinit", "--batch"]
+        for search in options.search:
+            command += ["-O", f"settings append target.exec-search-paths {search}"]
+        debugger = subprocess.run(command + ["-c", str(dump), "-o", "thread backtrace --count 40 all"], text=True,
+                                  capture_output=True, errors="replace", timeout=300)
+    problems = []
+    if crash.returncode != options.exit:
+        problems.append(f"the program ended with {crash.returncode}, not {options.exit}")
+    threads = threads_of(debugger.stdout)
+    if not threads or not any(options.function in frame for frame in threads[0][1]):
+        problems.append(f"{options.function} is not among the frames of the thread that crashed")
+    if not any("wait_in_another_thread" in frame for _, frames in threads[1:] for frame in frames):
+        problems.append("the waiting thread is not there")
+    if options.reason and (not threads or options.reason not in threads[0][0]):
+        problems.append(f"the stop reason is not {options.reason}")
+    if problems:
+        sys.exit("\n".join(problems + [debugger.stdout, debugger.stderr[:2000]]))
+    print("\n".join([threads[0][0]] + threads[0][1][:12]))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,41 @@
+#include "../crash_handler.h"
+
+#include <morvantis/platform/zubplatform.h>
+#include <morvantis/strings/xylvarstring.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+xylVarString* dump_folder = nullptr; // made in good time: a handler allocates nothing
+
+void on_crash(int, siginfo_t* record, void* context) {
+	zubException_pointers exception{record, context};
+	zubPlatform::write_minidump(*dump_folder, &exception);
+	_exit(3);
+}
+
+} // namespace
+
+void install_crash_handler(const char* folder) {
+	dump_folder = new xylVarString(folder);
+	static constexpr size_t size = 64 << 10;
+	stack_t stack{};
+	stack.ss_sp = std::malloc(size); // a stack that has run over can't serve its own handler
+	stack.ss_size = size;
+	sigaltstack(&stack, nullptr);
+	struct sigaction action{};
+	action.sa_sigaction = on_crash;
+	action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+	for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) {
+		sigaction(signal, &action, nullptr);
+	}
+	const rlimit no_core{0, 0};
+	setrlimit(RLIMIT_CORE, &no_core);
+}
+
+void write_dump_in_passing() { zubPlatform::write_minidump(*dump_folder, nullptr); }
