@@ -26,7 +26,7 @@ struct Guard {
 	sigjmp_buf behind;
 	struct sigaction action_before;
 };
-Guard guard;
+constinit Guard guard{};
 
 // What would have happened to a signal that isn't ours.
 void hand_on(int number, siginfo_t* record, void* context) {
