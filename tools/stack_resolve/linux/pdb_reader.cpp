@@ -111,7 +111,7 @@ public:
 		if (!symbolizer) {
 			const std::string image =
 				(fs::path(folder_) / std::to_string(symbolizers_.size())).string() + ".dll";
-			write_image_for(fs::absolute(result.file).string(), {frame.guid, frame.age}, image);
+			write_image_for(fs::absolute(result.file).string(), frame, image);
 			symbolizer = std::make_unique<Symbolizer>(program_, image);
 		}
 		if (!symbolizer->ask(frame.offset, result.place)) result.outcome = Outcome::no_reader;

@@ -39,7 +39,7 @@ public:
 	Resolution resolve(const Frame& frame) override {
 		Resolution result = files_.find(frame);
 		if (result.outcome != Outcome::resolved) return result;
-		const DWORD64 base = base_of(result.file, {frame.guid, frame.age});
+		const DWORD64 base = base_of(result.file, frame);
 		if (base == 0) {
 			result.outcome = Outcome::no_reader;
 		} else {
@@ -53,12 +53,12 @@ private:
 	HANDLE session() { return this; }
 
 	// Where the file's image is loaded, as far as the library is concerned; 0 if it can't read it.
-	DWORD64 base_of(const std::string& file, const Pdb_identity& identity) {
+	DWORD64 base_of(const std::string& file, const Frame& frame) {
 		const auto known = bases_.find(file);
 		if (known != bases_.end()) return known->second;
 		const std::string image = (folder_ / std::to_string(bases_.size())).string() + ".dll";
 		const DWORD64 wanted = image_base + bases_.size() * DWORD64{0x100000000};
-		if (!write_image_for(fs::absolute(file).string(), identity, image)) return 0;
+		if (!write_image_for(fs::absolute(file).string(), frame, image)) return 0;
 		return bases_[file] = SymLoadModuleEx(session(), nullptr, image.c_str(), nullptr, wanted,
 		                                      largest_image, nullptr, 0);
 	}
