@@ -1,9 +1,9 @@
 // A small engine on top of the library: the host that a newcomer runs first.
 
-#include "../shared/host.h"
 #include "../shared/table.h"
 #include "culling.h"
 #include "engine.h"
+#include "mishaps.h"
 #include "page.h"
 #include "second_host.h"
 #include "state_files.h"
@@ -11,6 +11,7 @@
 
 #include <morvantis/core/xylreport.h>
 #include <morvantis/core/zublibrary.h>
+#include <morvantis/diagnostics/zubdebughelp_interface.h>
 #include <morvantis/net/qonet.h>
 #include <morvantis/platform/zubplatform.h>
 
@@ -34,6 +35,7 @@ bool parse(int argc, char** argv, Run_options* options, int* code) {
 	app.add_option("--draw", options->draw, "draw the records of this file, and run nothing");
 	app.add_option("--second-host", options->second_port, "what the program starts itself with")
 		->group("");
+	app.add_flag("--crash", options->crash, "what the program starts itself with")->group("");
 	options->program = argv[0];
 	try {
 		app.parse(argc, argv);
@@ -82,18 +84,20 @@ int run_engine(const Run_options& options) {
 	const bool is_run = engine.run();
 	const State_files states = run_state_files(engine.world().agents(), options.out);
 	const bool is_content = second.wait_until_content();
+	inspect(engine.world());
 	system.machine.print();
 	system.work.print();
 	culling.work.print();
 	states.print();
 	engine.print_summary();
+	const bool is_dumped = let_child_crash(options);
 	std::printf("\n  the second host %s\n",
 	            is_content ? "saw every undamaged packet arrive equal, and dropped every other"
 	                       : "IS NOT CONTENT");
 	std::printf("  packets and records have the hash %08x, the same on every system\n",
 	            engine.hash());
 	const bool is_sound = system.is_sound && culling.is_sound && states.is_sound();
-	return is_run && is_content && is_sound ? exit_well : exit_not_equal;
+	return is_run && is_content && is_sound && is_dumped ? exit_well : exit_not_equal;
 }
 
 int play_role(const Run_options& options) {
@@ -102,6 +106,7 @@ int play_role(const Run_options& options) {
 		xyl_error("the folder %s can't be made", options.out.c_str());
 		return exit_no_file;
 	}
+	if (options.crash) crash(options);
 	if (!options.draw.empty()) return draw_file(options);
 	if (!zub_library->get_qonet()->initialize()) return exit_no_network;
 	const int code = options.second_port != 0 ? run_second_host(options) : run_engine(options);
@@ -115,9 +120,13 @@ int main(int argc, char** argv) {
 	Run_options options;
 	int code = 0;
 	if (!parse(argc, argv, &options, &code)) return code;
-	Host host;
+	Tracing_host host;
 	zubLibrary::initialize(&host, &host);
+	zubDebughelp_interface symbols; // for the stacks of warnings
+	zub_debughelp_interface = &symbols;
+	symbols.initialize();
 	code = play_role(options);
+	host.print_stack();
 	host.print_texts();
 	zub_library->~zubLibrary();
 	return code;

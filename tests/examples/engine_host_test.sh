@@ -34,6 +34,15 @@ for file in frame_000.png frame_001.png frame_002.png frames.html frames.records
   [ -s "first/$file" ] || fail "$file is missing"
 done
 grep -Eq 'arrived equal +12[[:space:]]*$' first/second_host.txt || fail "the second host did not see 12 packets"
+[ "$(head -c 4 first/dump.dmp)" = MDMP ] || fail "the child left no dump"
+# The warning of a nested call comes with its stack; where images have no symbol file that the
+# system reads, with what it takes to look the frames up later.
+case $1 in
+  *.exe) frame='[#@].*' ;;
+  *) frame='@engine_host@mishaps.cpp \([0-9]+\): .*inspect_agents' ;;
+esac
+grep -Eq "^  $frame" first.log || fail "the warning has no stack"
+grep -Eq 'warning +unit|warning +cart' first.log || fail "the warning did not reach the host"
 [ "$(run again "$1")" = "$first" ] || fail "another hash the second time"
 [ "$(run seed "$1" --seed 2)" != "$first" ] || fail "the same hash for another seed"
 
