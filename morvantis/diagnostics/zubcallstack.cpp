@@ -8,6 +8,7 @@
 #include <morvantis/platform/system/symbols.h>
 #include <morvantis/strings/xylconststring.h>
 
+#include <atomic>
 #include <cstring>
 #include <mutex> // lock_guard
 
@@ -38,9 +39,11 @@ bool look_up(const zubCallstack_module& module, xylUInt64 offset, const xylVarSt
 	const os::Symbol_file_identity identity = identity_of(module);
 	char file[os::symbol_text_size];
 	if (!os::find_symbol_file(paths.char_p(), identity, file)) return false;
-	const zubDebughelp_interface& engine = *zub_debughelp_interface;
-	return engine.is_initialized && os::look_up_symbol(engine.dll_get_class_object, file, identity,
-	                                                   static_cast<xylUInt32>(offset), answer);
+	zubDebughelp_interface& engine = *zub_debughelp_interface;
+	// Another thread may be starting it.
+	return std::atomic_ref<bool>(engine.is_initialized).load() &&
+	       os::look_up_symbol(engine.dll_get_class_object, file, identity,
+	                          static_cast<xylUInt32>(offset), answer);
 }
 
 } // namespace

@@ -39,6 +39,7 @@ unsigned long long zubCallstack_helpers::load_and_cache_module(const xylVarStrin
 	return base;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are compiled against the copy
 bool zubCallstack_helpers::load_and_cache_modules(xylArray<xylVarString> paths) {
 	for (const xylVarString& path : paths) load_and_cache_module(path);
 	return true;

@@ -1,28 +1,12 @@
 #include <morvantis/platform/system/back_trace.h>
 
-#include <unwind.h>
+#include <morvantis/platform/system/unwind.h>
+
+#include <algorithm>
 
 namespace {
 
-struct Walk {
-	unsigned int skip; // frames still to be left out
-	unsigned int count;
-	unsigned int written = 0;
-	xylUInt64* addresses;
-};
-
-_Unwind_Reason_Code take_frame(_Unwind_Context* frame, void* data) {
-	auto& walk = *static_cast<Walk*>(data);
-	if (walk.skip > 0) {
-		--walk.skip;
-		return _URC_NO_REASON;
-	}
-	if (walk.written == walk.count) return _URC_END_OF_STACK;
-	const xylUInt64 address = _Unwind_GetIP(frame);
-	if (address == 0) return _URC_END_OF_STACK;
-	walk.addresses[walk.written++] = address;
-	return _URC_NO_REASON;
-}
+constexpr unsigned int most_steps = 512; // of one walk, 8 KiB of stack
 
 // FNV-1a in 64 bits over the bytes of the addresses.
 xylUInt64 hash_of(const xylUInt64* addresses, unsigned int count) {
@@ -40,9 +24,13 @@ xylUInt64 hash_of(const xylUInt64* addresses, unsigned int count) {
 
 unsigned int os::back_trace(unsigned int skip, unsigned int count, xylUInt64* addresses,
                             xylUInt64* hash) {
-	// This function's own frame comes first.
-	Walk walk{skip < ~0u ? skip + 1 : skip, count, 0, addresses};
-	_Unwind_Backtrace(take_frame, &walk);
-	*hash = walk.written > 0 ? hash_of(addresses, walk.written) : 0;
-	return walk.written;
+	Unwind_step steps[most_steps];
+	// This function's own frame is one more to skip.
+	const unsigned int first = std::min(skip, most_steps - 1) + 1;
+	const unsigned int room = std::min(count, most_steps - first) + first;
+	const unsigned int walked = walk_callers(steps, room);
+	const unsigned int written = walked > first ? walked - first : 0;
+	for (unsigned int i = 0; i < written; ++i) addresses[i] = steps[first + i].pc;
+	*hash = written > 0 ? hash_of(addresses, written) : 0;
+	return written;
 }
