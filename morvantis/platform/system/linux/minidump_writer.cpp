@@ -335,14 +335,14 @@ void os::Minidump_writer::write_system_info() {
 	info.platform = linux_platform;
 	info.processor_count = static_cast<xylUInt8>(std::min<xylUInt32>(processor_count(), 255));
 	const Cpuid_registers vendor = cpuid(0, 0);
-	const Cpuid_registers version = cpuid(1, 0);
+	const Cpuid_registers model = cpuid(1, 0);
 	info.vendor[0] = vendor.ebx;
 	info.vendor[1] = vendor.edx;
 	info.vendor[2] = vendor.ecx;
-	info.version_leaf = version.eax;
-	info.feature_leaf = version.edx;
-	info.level = static_cast<xylUInt16>((version.eax >> 8 & 15) + (version.eax >> 20 & 255));
-	info.revision = static_cast<xylUInt16>((version.eax >> 4 & 15) << 8 | (version.eax & 15));
+	info.version_leaf = model.eax;
+	info.feature_leaf = model.edx;
+	info.level = static_cast<xylUInt16>((model.eax >> 8 & 15) + (model.eax >> 20 & 255));
+	info.revision = static_cast<xylUInt16>((model.eax >> 4 & 15) << 8 | (model.eax & 15));
 	utsname name{};
 	uname(&name);
 	char* numbers = name.release; // "6.1.0-13-amd64"
