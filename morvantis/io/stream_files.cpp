@@ -4,7 +4,6 @@
 #include <morvantis/io/xylio_stream.h>
 #include <morvantis/memory/xylheap.h>
 
-#include <cstdio> // SEEK_END, SEEK_SET
 #include <new>
 
 namespace {
@@ -18,12 +17,11 @@ bool open_stream_file(xylIO_Stream& stream, xylFile*& file_object, const char* n
 	return file_object->open(name, mode) == 0;
 }
 
+// 0 where there is no position, as in a pipe.
 unsigned int size_of_file(xylFile& file) {
-	const xylUInt64 start = file.tell();
-	file.seek(0, SEEK_END);
-	const xylUInt64 size = file.tell();
-	file.seek(start, SEEK_SET);
-	return static_cast<unsigned int>(size);
+	constexpr xylUInt64 no_position = ~xylUInt64{0};
+	const xylUInt64 size = file.get_file_size();
+	return size == no_position ? 0 : static_cast<unsigned int>(size);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 Scripted_file scripted_file;
 
@@ -67,7 +68,7 @@ void os::give_up_overlapped_read(void*, void*) { scripted_file.endings += 'g'; }
 
 std::FILE* os::open_stream(const char* path, const char*) {
 	scripted_file.path = path;
-	return nullptr;
+	return std::exchange(scripted_file.stream, nullptr);
 }
 
 std::FILE* os::reopen_stream(const char* path, const char*, std::FILE*) {

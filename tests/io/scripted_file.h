@@ -6,6 +6,7 @@
 
 #include <morvantis/platform/system/file.h>
 
+#include <cstdio>
 #include <deque>
 #include <string>
 #include <vector>
@@ -19,7 +20,8 @@ struct Scripted_file {
 	int interruptions = 0; // that many failures are a signal's
 	xylInt64 position = 0; // of each seek
 	bool has_size = true;
-	xylUInt64 size = 0;
+	xylUInt64 size = 0;          // of files, and each position in a stream
+	std::FILE* stream = nullptr; // what opens next
 	os::Overlapped_state state = os::Overlapped_state::completed;
 	xylUInt32 overlapped_count = 0;
 

@@ -1,6 +1,7 @@
 // The byte buffer to and from files, and the preparation of text resources.
 
 #include "recording_host.h"
+#include "resource_text_model.h"
 #include "temporary_folder.h"
 
 #include <morvantis/io/xylbuffer.h>
@@ -202,6 +203,33 @@ TEST_F(Text_resource_test, FailedReadIsNotTold) {
 	EXPECT_FALSE(buffer_.trf_read_and_prepare(file, 100, "short.txt"));
 	EXPECT_EQ(buffer_.capacity, 101u);
 	EXPECT_EQ(prepared(4), "a b "); // as it was read
+}
+
+// Files of any bytes, in blocks of any size before.
+TEST_F(Text_resource_test, RandomFilesComeOutAsByteByByte) {
+	std::mt19937 random(23);
+	for (int run = 0; run < 1000; ++run) {
+		SCOPED_TRACE(run);
+		std::string text = random_resource_text(random);
+		for (auto more = random() % 8; more != 0; --more) text += random_resource_text(random);
+		buffer_.shrink(static_cast<unsigned int>(random() % 500));
+		const xylUInt64 old_capacity = buffer_.capacity;
+		const bool is_well = prepare(text);
+		const Resource_text_flaws flaws = prepare_plainly(text);
+		ASSERT_EQ(is_well, !flaws.has_comma && flaws.last_bad_byte == 0);
+		ASSERT_EQ(prepared(text.size() + 1), text + '\0');
+		ASSERT_EQ(buffer_.cursor, buffer_.data);
+		ASSERT_GE(buffer_.capacity, std::max<xylUInt64>(old_capacity, text.size() + 1));
+		const std::vector<Host_call> calls = told();
+		ASSERT_EQ(calls.size(), is_well ? 0u : 1u);
+		if (flaws.has_comma) {
+			ASSERT_EQ(calls, comma_warning_);
+		} else if (!is_well) {
+			const std::string name =
+				std::string("\"") + static_cast<char>(flaws.last_bad_byte) + '"';
+			ASSERT_NE(calls[0].text.find(name), std::string::npos) << calls[0].text;
+		}
+	}
 }
 
 TEST_F(Text_resource_test, ZeroBytesAreWhiteSpace) {

@@ -1,6 +1,7 @@
 // The tokens of text resources: how a text becomes tokens, and the walk over them.
 
-#include <morvantis/io/resource_text.h>
+#include "resource_text_model.h"
+
 #include <morvantis/io/xylbuffer.h>
 
 #include <gtest/gtest.h>
@@ -12,34 +13,6 @@
 namespace {
 
 using namespace std::string_literals;
-
-// Byte by byte, in the two stretches of the rule. The text is followed by a zero byte, which the
-// second stretch may visit, and has a separator within its last 30 bytes.
-Resource_text_flaws prepare_plainly(std::string& text) {
-	Resource_text_flaws flaws;
-	const auto step = [&](std::size_t at) {
-		const auto c = static_cast<signed char>(text.data()[at]);
-		if (c == ',') {
-			text[at] = '.';
-			flaws.has_comma = true;
-		}
-		if (c >= 33) return false;
-		if (c != 0 && c != 9 && c != 10 && c != 13 && c != 32) {
-			flaws.last_bad_byte = static_cast<xylUInt8>(c);
-		}
-		if (at < text.size()) text[at] = 0;
-		return true;
-	};
-	std::size_t at = 0;
-	for (;;) {
-		const bool was_replaced = step(at++);
-		if (was_replaced && at + 30 >= text.size()) break;
-	}
-	do {
-		step(at++);
-	} while (at < text.size());
-	return flaws;
-}
 
 struct Prepared {
 	std::string text;
@@ -96,16 +69,7 @@ TEST(resource_text, NothingOutsideIsTouched) {
 TEST(resource_text, RandomTextsComeOutAsByteByByte) {
 	std::mt19937 random(22);
 	for (int run = 0; run < 20000; ++run) {
-		std::string text(1 + random() % 300, 0);
-		const auto kind = random() % 3; // any bytes; mostly clean; commas only
-		for (char& c : text) {
-			const auto bits = random();
-			c = static_cast<char>('a' + bits % 26);
-			if (bits >> 24 < 40) c = " \t\r\n"[bits >> 8 & 3];
-			if (kind == 0 || (kind == 1 && bits >> 22 == 0)) c = static_cast<char>(bits >> 8);
-			if (kind == 2 && bits >> 24 == 255) c = ',';
-		}
-		text[text.size() - 1 - random() % std::min<std::size_t>(text.size(), 30)] = ' ';
+		const std::string text = random_resource_text(random);
 		std::string plain = text;
 		const Resource_text_flaws flaws = prepare_plainly(plain);
 		ASSERT_EQ(prepare(text), (Prepared{plain, flaws})) << run;
