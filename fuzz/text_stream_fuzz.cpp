@@ -1,5 +1,8 @@
 // The readers of a text stream in any order over any bytes: nothing may be read outside, each must
-// move on, and what is read must be the same a second time.
+// move on, what is read must be the same a second time, and numbers must be what the plain model
+// reads.
+
+#include "../tests/io/text_reader_model.h"
 
 #include <morvantis/core/zublibrary.h>
 #include <morvantis/core/zublibrary_interface.h>
@@ -35,6 +38,11 @@ void require(bool holds) {
 	if (!holds) std::abort();
 }
 
+template <typename Value> void read_number(xylIO_text_stream& stream) {
+	Text_reader_model model(stream.buffer);
+	require(reads_alike<Value>(stream, model));
+}
+
 template <typename Value> void read_twice(xylIO_text_stream& stream) {
 	const int start = stream.buffer.get_cursor_position();
 	Value first{};
@@ -46,7 +54,7 @@ template <typename Value> void read_twice(xylIO_text_stream& stream) {
 	stream >> second;
 	require(stream.buffer.get_cursor_position() == end);
 	if constexpr (requires { first == second; }) {
-		require(first == second || first != first); // a NaN
+		require(first == second);
 	} else {
 		require(std::memcmp(&first, &second, sizeof(first)) == 0);
 	}
@@ -59,17 +67,17 @@ void read_stream(xylIO_text_stream& stream) {
 }
 
 void (*const readers[])(xylIO_text_stream&) = {
-	read_twice<char>,
-	read_twice<unsigned char>,
-	read_twice<short>,
-	read_twice<unsigned short>,
-	read_twice<int>,
-	read_twice<unsigned int>,
-	read_twice<xylInt64>,
-	read_twice<xylUInt64>,
-	read_twice<bool>,
-	read_twice<float>,
-	read_twice<double>,
+	read_number<char>,
+	read_number<unsigned char>,
+	read_number<short>,
+	read_number<unsigned short>,
+	read_number<int>,
+	read_number<unsigned int>,
+	read_number<xylInt64>,
+	read_number<xylUInt64>,
+	read_number<bool>,
+	read_number<float>,
+	read_number<double>,
 	read_twice<xylVarString>,
 	read_twice<xylConstString<64>>,
 	read_twice<xylInt_vec3>,

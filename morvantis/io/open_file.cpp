@@ -1,6 +1,7 @@
 #include <morvantis/io/open_file.h>
 
 #include <morvantis/io/xylnative_file.h> // the flags
+#include <morvantis/platform/system/file.h>
 #include <morvantis/platform/zubplatform.h>
 
 xylConstString<256> final_path(const char* name) {
@@ -9,6 +10,9 @@ xylConstString<256> final_path(const char* name) {
 	return zubPlatform::convert_base_path_to_final(path);
 }
 
+namespace {
+
+// The flags taken apart, without `overlapped`.
 os::File_request decode_open_flags(int access, int mode) {
 	os::File_request request;
 	request.read = access & xylFile_access_read;
@@ -29,4 +33,18 @@ os::File_request decode_open_flags(int access, int mode) {
 	request.system = mode & xylFile_flag_system;
 	request.temporary = mode & xylFile_flag_temporary;
 	return request;
+}
+
+} // namespace
+
+void* open_handle(const char* name, int access, int mode, bool overlapped) {
+	os::File_request request = decode_open_flags(access, mode);
+	request.overlapped = overlapped;
+	return os::open_file(final_path(name).char_p(), request);
+}
+
+bool close_handle(void*& handle) {
+	const bool is_closed = os::close_file(handle);
+	handle = os::no_file();
+	return is_closed;
 }

@@ -34,6 +34,13 @@ int print_long(FILE* file, const char* format, va_list arguments) {
 	return -1;
 }
 
+// The target goes as what it is: the run-time takes it back out as the directive says.
+template <typename Value> int scan_one(FILE* file, const char* format, Value* target) {
+	// Through a pointer, since the format is the caller's and nothing can be checked here.
+	int (*const scan_stream)(FILE*, const char*, ...) = std::fscanf;
+	return scan_stream(file, format, target);
+}
+
 } // namespace
 
 std::atomic<int> xylFile::open_files_count_ = 0;
@@ -75,16 +82,10 @@ int xylFile::print(const char* format, ...) {
 	return result;
 }
 
-int xylFile::scan(const char* format, char* target) { return scan_one(format, target); }
-int xylFile::scan(const char* format, int* target) { return scan_one(format, target); }
-int xylFile::scan(const char* format, float* target) { return scan_one(format, target); }
-int xylFile::scan(const char* format, double* target) { return scan_one(format, target); }
-
-int xylFile::scan_one(const char* format, void* target) {
-	// Through a pointer, since the format is the caller's and nothing can be checked here.
-	int (*const scan_stream)(FILE*, const char*, ...) = std::fscanf;
-	return scan_stream(file, format, target);
-}
+int xylFile::scan(const char* format, char* target) { return scan_one(file, format, target); }
+int xylFile::scan(const char* format, int* target) { return scan_one(file, format, target); }
+int xylFile::scan(const char* format, float* target) { return scan_one(file, format, target); }
+int xylFile::scan(const char* format, double* target) { return scan_one(file, format, target); }
 
 char* xylFile::gets(char* dst, int size) { return std::fgets(dst, size, file); }
 

@@ -87,7 +87,4 @@ public:
 	static std::atomic<int> open_files_count_;
 
 	FILE* file = nullptr; // the run-time's stream; null when closed
-
-private:
-	int scan_one(const char* format, void* target);
 };

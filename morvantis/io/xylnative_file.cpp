@@ -32,7 +32,7 @@ xylNative_file::~xylNative_file() { close(); }
 bool xylNative_file::is_valid() const { return handle != os::no_file(); }
 
 bool xylNative_file::open(const char* name, int access, int mode) {
-	handle = os::open_file(final_path(name).char_p(), decode_open_flags(access, mode));
+	handle = open_handle(name, access, mode, false);
 	if (!is_valid()) return false;
 	++open_files_count_;
 	return true;
@@ -41,9 +41,7 @@ bool xylNative_file::open(const char* name, int access, int mode) {
 bool xylNative_file::close() {
 	if (!is_valid()) return false;
 	--open_files_count_;
-	const bool is_closed = os::close_file(handle);
-	handle = os::no_file();
-	return is_closed;
+	return close_handle(handle);
 }
 
 xylInt64 xylNative_file::set_pointer(xylUInt64 offset, xylFile_starting_point from) {

@@ -15,18 +15,14 @@ xylNative_file_async::~xylNative_file_async() { close(); }
 bool xylNative_file_async::is_valid() const { return handle != os::no_file(); }
 
 bool xylNative_file_async::open(const char* name, int access, int mode) {
-	os::File_request request = decode_open_flags(access, mode);
-	request.overlapped = true;
-	handle = os::open_file(final_path(name).char_p(), request);
+	handle = open_handle(name, access, mode, true);
 	return is_valid();
 }
 
 bool xylNative_file_async::close() {
 	if (!is_valid()) return false;
 	os::give_up_overlapped_read(handle, &overlapped);
-	const bool is_closed = os::close_file(handle);
-	handle = os::no_file();
-	return is_closed;
+	return close_handle(handle);
 }
 
 xylInt64 xylNative_file_async::set_pointer(xylUInt64 offset, xylFile_starting_point) {

@@ -11,11 +11,6 @@ constexpr char no_double_text[] = "zubString_reader::read( double& d ) not imple
 constexpr char no_short_text[] = "zubString_reader::read( xylInt16& i ) not implemented yet.";
 constexpr char no_unsigned_short_text[] = "not implemented yet.";
 
-bool not_implemented(const char* text) {
-	xyl_warning("%s", text);
-	return false;
-}
-
 } // namespace
 
 zubString_reader::zubString_reader(const xylVarString& text) : source(text) {}
@@ -25,19 +20,19 @@ bool zubString_reader::has_unread_data() { return source.has_more_tokens(); }
 bool zubString_reader::read(xylInt_vec3& value) { return read_intvec3(this, value); }
 
 bool zubString_reader::read(xylInt64& value) {
-	source.try_next_token_int64(value);
+	read_number(source, value);
 	return true;
 }
 
 bool zubString_reader::read(unsigned int& value) {
-	value = static_cast<unsigned int>(source.next_token_int());
+	read_number(source, value);
 	return true;
 }
 
 bool zubString_reader::read(unsigned short&) { return not_implemented(no_unsigned_short_text); }
 
 bool zubString_reader::read(xylUInt64& value) {
-	value = static_cast<xylUInt64>(source.next_token_int64());
+	read_number(source, value);
 	return true;
 }
 
@@ -46,19 +41,19 @@ bool zubString_reader::read(short&) { return not_implemented(no_short_text); }
 bool zubString_reader::read(double&) { return not_implemented(no_double_text); }
 
 bool zubString_reader::read(float& value) {
-	read_float(source, value);
+	read_number(source, value);
 	return true;
 }
 
 bool zubString_reader::read(char&) { return not_implemented(no_char_text); }
 
 bool zubString_reader::read(bool& value) {
-	value = source.next_token_int() != 0;
+	read_number(source, value);
 	return true;
 }
 
 bool zubString_reader::read(int& value) {
-	source.try_next_token_int(value);
+	read_number(source, value);
 	return true;
 }
 

@@ -1,6 +1,5 @@
 #include <morvantis/io/zubunsanitizedstring_reader.h>
 
-#include <morvantis/core/xylreport.h>
 #include <morvantis/io/string_reading.h>
 
 namespace {
@@ -13,11 +12,6 @@ constexpr char no_short_text[] =
 constexpr char no_unsigned_short_text[] =
 	"zubUnsanitizedString_reader::read( xylUInt16& i ) not implemented yet.";
 
-bool not_implemented(const char* text) {
-	xyl_warning("%s", text);
-	return false;
-}
-
 } // namespace
 
 zubUnsanitizedString_reader::zubUnsanitizedString_reader(xylVarString& text) : source(text) {}
@@ -26,49 +20,30 @@ bool zubUnsanitizedString_reader::has_unread_data() { return source.has_more_tok
 
 bool zubUnsanitizedString_reader::read(xylInt_vec3& value) { return read_intvec3(this, value); }
 
-bool zubUnsanitizedString_reader::read(xylInt64& value) {
-	return source.try_next_token_int64(value) == xylVarString::read_token_success;
-}
+bool zubUnsanitizedString_reader::read(xylInt64& value) { return read_number(source, value); }
 
-bool zubUnsanitizedString_reader::read(unsigned int& value) {
-	int number = 0;
-	if (!read(number)) return false;
-	value = static_cast<unsigned int>(number);
-	return true;
-}
+bool zubUnsanitizedString_reader::read(unsigned int& value) { return read_number(source, value); }
 
 bool zubUnsanitizedString_reader::read(unsigned short&) {
 	return not_implemented(no_unsigned_short_text);
 }
 
-bool zubUnsanitizedString_reader::read(xylUInt64& value) {
-	xylInt64 number = 0;
-	if (!read(number)) return false;
-	value = static_cast<xylUInt64>(number);
-	return true;
-}
+bool zubUnsanitizedString_reader::read(xylUInt64& value) { return read_number(source, value); }
 
 bool zubUnsanitizedString_reader::read(short&) { return not_implemented(no_short_text); }
 
 bool zubUnsanitizedString_reader::read(double&) { return not_implemented(no_double_text); }
 
 bool zubUnsanitizedString_reader::read(float& value) {
-	read_float(source, value);
+	read_number(source, value);
 	return true;
 }
 
 bool zubUnsanitizedString_reader::read(char&) { return not_implemented(no_char_text); }
 
-bool zubUnsanitizedString_reader::read(bool& value) {
-	int number = 0;
-	if (source.try_next_token_int(number) != xylVarString::read_token_success) return false;
-	value = number != 0;
-	return true;
-}
+bool zubUnsanitizedString_reader::read(bool& value) { return read_number(source, value); }
 
-bool zubUnsanitizedString_reader::read(int& value) {
-	return source.try_next_token_int(value) == xylVarString::read_token_success;
-}
+bool zubUnsanitizedString_reader::read(int& value) { return read_number(source, value); }
 
 bool zubUnsanitizedString_reader::read(xylVarString& value) {
 	return read_counted_string(*this, source, value);

@@ -144,6 +144,10 @@ inline constexpr String_case string_cases[] = {
 	{"5 he llo", "he llo", false},
 	{"2 hello", "hello", false},
 	{"3 \"a b\"", "a b", true},
+	// the blank behind a word doesn't count before the next one is taken
+	{"3 ab cd", "ab cd", false},
+	{"3 ab \"\" cd", "ab ", true},
+	{"3 ab ", "ab ", true},
 	// a text that ends early is filled up with blanks
 	{"5 ab", "ab   ", true},
 	{"3 ", "   ", true},
@@ -151,6 +155,16 @@ inline constexpr String_case string_cases[] = {
 	{"0 hello", "", true},
 	{"-3 hello", "", false},
 };
+
+template <typename Reader> void word_behind_a_full_string_is_taken() {
+	Reader reader = reader_of<Reader>("3 ab 7 8 ");
+	xylVarString value;
+	EXPECT_FALSE(reader.read(value));
+	EXPECT_EQ(text_of(value), "ab 7");
+	int next = 0;
+	EXPECT_TRUE(reader.read(next));
+	EXPECT_EQ(next, 8);
+}
 
 template <typename Reader> void one_string_is_read_like_the_table(const String_case& c) {
 	Reader reader = reader_of<Reader>(c.source);

@@ -42,6 +42,11 @@ TEST(zubString_reader, ReadsStringsByTheirLengthAndWarnsOfAnother) {
 	}
 }
 
+TEST(zubString_reader, TakesTheWordBehindAFullString) {
+	word_behind_a_full_string_is_taken<Reader>();
+	EXPECT_EQ(Recording_host::get().take().size(), 1u);
+}
+
 TEST(zubString_reader, ReadsStringsInTurn) {
 	Reader reader = reader_of<Reader>("5 hello 3 a b 1 x ");
 	xylVarString value;

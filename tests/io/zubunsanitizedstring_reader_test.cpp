@@ -82,6 +82,10 @@ TEST(zubUnsanitizedString_reader, ReadsStringsByTheirLengthWithoutMessage) {
 	}
 }
 
+TEST(zubUnsanitizedString_reader, TakesTheWordBehindAFullString) {
+	word_behind_a_full_string_is_taken<Reader>();
+}
+
 TEST(zubUnsanitizedString_reader, WarnsOfWhatIsNotImplemented) {
 	not_implemented_for<Reader, char>(
 		'c', "zubUnsanitizedString_reader::read( char& c ) not implemented yet.");
