@@ -74,7 +74,7 @@ TEST_P(Elf_symbols_test, KnowsAFunctionByItsFirstByte) {
 	const os::Elf_symbols::Place place = symbols.look_up(image.entry(), nullptr);
 	EXPECT_STREQ(place.function, "known_places");
 	EXPECT_EQ(place.distance, 0u);
-	EXPECT_EQ(place.line + 2, image.places()[0].line);
+	EXPECT_EQ(place.line + 3, image.places()[0].line);
 }
 
 TEST_P(Elf_symbols_test, HasNamesWithoutLinesFromASymbolTable) {

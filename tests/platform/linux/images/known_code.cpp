@@ -9,6 +9,7 @@ namespace {
 
 Known_place* next_place;
 std::jmp_buf way_out;
+bool is_compared;
 
 } // namespace
 
@@ -76,13 +77,15 @@ template <typename T> [[gnu::noinline]] T twice(T value) {
 } // namespace known
 
 static int compare(const void*, const void*) {
-	note("compare", __LINE__);
+	if (!is_compared) note("compare", __LINE__); // sanitizers sort twice
+	is_compared = true;
 	counter = 12;
 	return 0;
 }
 
 extern "C" [[gnu::visibility("default")]] int known_places(Known_place* places) {
 	next_place = places;
+	is_compared = false;
 	note("known_places", __LINE__);
 	counter = 13;
 	known::Walker walker;
