@@ -127,9 +127,19 @@ void quaternion_of_matrix_eigen(benchmark::State& state) {
 	     Eigen::Quaternionf(Eigen::Quaternionf::Identity()),
 	     [](const Eigen::Matrix3f& m, Eigen::Quaternionf& out) { out = m; });
 }
+// What nobody can do without: one root, one division, and a product of what comes out.
+void quaternion_of_matrix_floor(benchmark::State& state) {
+	pass(state, rotations([](xylQuaternion q) { return q.to_mat3(); }), xylQuaternion{},
+	     [](const xylMat3& m, xylQuaternion& out) {
+			 const __m128 row = m.s.lanes();
+			 const __m128 scale = _mm_div_ss(_mm_set_ss(0.5f), _mm_sqrt_ss(row));
+			 _mm_store_ps(&out.w, _mm_mul_ps(row, xyl_lanes::splat<0>(scale)));
+		 });
+}
 BENCHMARK(quaternion_of_matrix_ours)->Name("quaternion_of_matrix/ours");
 BENCHMARK(quaternion_of_matrix_glm)->Name("quaternion_of_matrix/glm");
 BENCHMARK(quaternion_of_matrix_eigen)->Name("quaternion_of_matrix/eigen");
+BENCHMARK(quaternion_of_matrix_floor)->Name("quaternion_of_matrix/root_and_division");
 
 struct Placed {
 	xylBounding_box box;

@@ -1,4 +1,5 @@
-// Picking: one ray after the other against one shape each, about half of them hits.
+// Picking: one ray after the other against one shape each. Boxes are hit by half of the rays,
+// spheres by a third, triangles by one in 24.
 
 #include "inputs.h"
 #include "plain_queries.h"

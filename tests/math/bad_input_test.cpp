@@ -251,3 +251,74 @@ TEST(Bad_input, QueriesAndRotationsFollowThePlainSteps) {
 		ASSERT_TRUE(same_bits(made, plain::from_two_vectors(p[0], p[1])));
 	}
 }
+
+TEST(Bad_input, RotationsAndFramesFallBackAsTold) {
+	const xylMat3 of_zero = xylQuaternion(0, 0, 0, 0).to_mat3();
+	EXPECT_EQ(of_zero.s, xylVec3(1, 0, 0));
+	EXPECT_EQ(of_zero.f, xylVec3(0, 1, 0));
+	EXPECT_EQ(of_zero.u, xylVec3(0, 0, 1));
+	EXPECT_TRUE(std::isnan(xylQuaternion(not_a_number, 0, 0, 0).calculate_s().y));
+
+	xylQuaternion q;
+	xylQuaternion::quaternion_from_axis_angle(q, {0, 0, 0}, 2);
+	EXPECT_TRUE(nearly_same(q.w, std::cos(1.0f)) && q.x == 0 && q.y == 0 && q.z == 0);
+	xylQuaternion::quaternion_from_axis_angle(q, {0, 0, 1}, infinity);
+	EXPECT_TRUE(std::isnan(q.w) && std::isnan(q.z));
+
+	xylMatrix_frame frame = xylMatrix_frame::identity();
+	frame.f = {0, 0, 0};
+	frame.orthonormalize();
+	for (const xylVec3& row : {frame.s, frame.f, frame.u}) EXPECT_TRUE(is_vector(row, 0, 0, 0, 0));
+	frame.f = {not_a_number, 0, 0};
+	frame.orthonormalize();
+	for (const xylVec3& row : {frame.s, frame.f, frame.u}) EXPECT_FALSE(row.is_not_nan());
+
+	frame = xylMatrix_frame::identity();
+	EXPECT_EQ(xylMatrix_frame::get_random_frame_with_distance(frame, 0).origin, xylVec3(0, 0, 0));
+	const auto lost = xylMatrix_frame::get_random_frame_with_distance(frame, not_a_number);
+	EXPECT_TRUE(std::isnan(lost.origin.x) && std::isnan(lost.origin.y));
+	EXPECT_EQ(lost.origin.z, 0.0f);
+	EXPECT_FALSE(
+		xylMatrix_frame::get_random_frame_with_distance(frame, infinity).origin.is_finite());
+}
+
+TEST(Bad_input, PlanesAndVolumesFallBackAsTold) {
+	const xylPlane floor = {{1, 2, 3}, {0, 0, 1}};
+	EXPECT_EQ(floor.project_point({1, 2, 3}), xylVec3(1, 2, 3));
+	EXPECT_FALSE(floor.project_point({1, 2, not_a_number}).is_not_nan());
+	EXPECT_FALSE(floor.project_point({1, 2, 2e19f}).is_not_nan());
+	EXPECT_FALSE(floor.nearly_equals(floor, 0));
+	EXPECT_FALSE(floor.nearly_equals({{1, 2, not_a_number}, {0, 0, 1}}, 1));
+	const xylPlane far_away = {{1, 2, infinity}, {0, 0, 1}};
+	EXPECT_FALSE(far_away.nearly_equals(far_away, 1));
+
+	xylVec3 corners[8];
+	std::fill(std::begin(corners), std::end(corners), xylVec3(5, 5, 5));
+	xylFrustum frustum;
+	frustum.generate_from_bounding_box_points(corners);
+	EXPECT_EQ(frustum.check_sphere({-70, 0, 0}, 1), frustum_intersects);
+	corners[0].x = corners[1].x = not_a_number;
+	frustum.generate_from_bounding_box_points(corners);
+	EXPECT_EQ(frustum.check_sphere({5, 5, 5}, 100), frustum_outside);
+
+	const xylMatrix_frame identity = xylMatrix_frame::identity();
+	xylBounding_box small, point;
+	small.min = {1, 1, 1}, small.max = {2, 2, 2}, small.center = {1.5f, 1.5f, 1.5f};
+	small.radius = 1;
+	EXPECT_TRUE(xylBounding_box::obb_inside_obb(small, identity, point, identity));
+	xylBounding_box broken = small;
+	broken.max.x = not_a_number;
+	EXPECT_FALSE(xylBounding_box::obb_inside_obb(small, identity, broken, identity));
+	xylBounding_box inverted = small;
+	inverted.min = {9, -9, -9}, inverted.max = {-9, 9, 9};
+	EXPECT_FALSE(xylBounding_box::obb_inside_obb(small, identity, inverted, identity));
+}
+
+TEST(Bad_input, RaysWithoutADirectionLookForward) {
+	for (const xylVec3& direction : {xylVec3(0, 0, 0), xylVec3(0, not_a_number, 1)}) {
+		const xylRay by_length({1, 2, 3}, direction, true);
+		EXPECT_EQ(by_length.get_direction(), xylVec3(0, 1, 0));
+		EXPECT_EQ(by_length.get_max_distance(), 0.0f);
+		EXPECT_EQ(xylRay({1, 2, 3}, direction, 7, false).get_direction(), xylVec3(0, 1, 0));
+	}
+}
