@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
+#include <cstring>
 #include <mutex> // lock_guard
 
 namespace debug_records {
@@ -38,6 +40,36 @@ void append(xylArray<T>& list, const Source& source, size_t count) {
 	list.insert(list.end(), source.data(), source.data() + count);
 }
 
+// Writes lines of one colour one after the other, all in registers: each is three stores.
+class Line_writer {
+public:
+	Line_writer() = default; // writes nowhere
+	Line_writer(Debug_line_record* first, xylColor color, float time_stamp, float duration)
+		: next_(first), rest_(_mm_setr_ps(std::bit_cast<float>(color), std::bit_cast<float>(color),
+	                                      time_stamp, duration)) {}
+
+	// The fourth lane of a point is the marker, that of a delta 0.
+	void add(__m128 start, __m128 delta) {
+		const __m128 marker_alone = _mm_set_ps(xyl_lanes::marker, 0, 0, 0);
+		_mm_store_ps(&next_->start.x, start);
+		_mm_store_ps(&next_->delta.x, _mm_or_ps(delta, marker_alone));
+		std::memcpy(static_cast<void*>(&next_->color_start), &rest_, sizeof(rest_));
+		++next_;
+	}
+	// The line between two points.
+	void connect(__m128 from, __m128 to) { add(from, _mm_sub_ps(to, from)); }
+	// Leaves the next `count` lines to the writer that comes back.
+	Line_writer leave(size_t count) {
+		const Line_writer result = *this;
+		next_ += count;
+		return result;
+	}
+
+private:
+	Debug_line_record* next_ = nullptr;
+	__m128 rest_ = _mm_setzero_ps(); // the two colours, the time stamp and the duration
+};
+
 // The lines of one shape, which go into their list by the batch. The lock is held while it lives.
 //
 // What comes out is what add_debug_line() (or, with its limit, add_debug_line_double_color()) would
@@ -63,12 +95,20 @@ public:
 	void connect(const xylVec3& from, const xylVec3& to, xylColor color) {
 		add(from, to - from, color);
 	}
+	// Where the next `count` lines go, at most `capacity` of them. All must be written before
+	// anything else is done with the batch.
+	Line_writer take(size_t count, xylColor color) {
+		if (count_ + count > capacity) flush();
+		Debug_line_record* const first = waiting_ + count_;
+		count_ += count;
+		return {first, color, time_stamp_, duration_};
+	}
 	// Whether further lines would all be dropped, as the list is full.
 	bool is_full() const { return list_.size() + count_ >= limit_; }
 
-private:
 	static constexpr size_t capacity = 42; // two rows of the sphere, 2 KiB
 
+private:
 	void flush() {
 		if (list_.size() < limit_ && is_enabled(records_)) {
 			const size_t room = limit_ - list_.size();
@@ -90,14 +130,19 @@ private:
 
 // `axis` is of unit length, the angle given by its cosine and sine. Rodrigues' formula:
 // v·cos + (axis × v)·sin + axis·(axis·v)·(1 − cos), summed from left to right.
+// The fourth lanes are 0, and so is that of the result.
+inline __m128 rotate_around_axis(__m128 v, __m128 axis, float cosine, float sine) {
+	using namespace xyl_lanes;
+	const __m128 across = _mm_mul_ps(cross(axis, v), _mm_set1_ps(sine));
+	const __m128 along = _mm_mul_ss(dot(axis, v), _mm_set_ss(1.0f - cosine));
+	const __m128 turned = _mm_add_ps(_mm_mul_ps(v, _mm_set1_ps(cosine)), across);
+	return _mm_add_ps(turned,
+	                  _mm_mul_ps(axis, with_zero(splat<0>(along)))); // along may be infinite
+}
 inline xylVec3 rotate_around_axis(const xylVec3& v, const xylVec3& axis, float cosine, float sine) {
 	using namespace xyl_lanes;
-	const __m128 k = with_zero(axis.lanes());
-	const __m128 u = with_zero(v.lanes());
-	const __m128 across = _mm_mul_ps(xyl_lanes::cross(k, u), _mm_set1_ps(sine));
-	const __m128 along = _mm_mul_ss(xyl_lanes::dot(k, u), _mm_set_ss(1.0f - cosine));
-	const __m128 turned = _mm_add_ps(_mm_mul_ps(u, _mm_set1_ps(cosine)), across);
-	return xylVec3::from_lanes(with_marker(_mm_add_ps(turned, _mm_mul_ps(k, splat<0>(along)))));
+	return xylVec3::from_lanes(with_marker(
+		rotate_around_axis(with_zero(v.lanes()), with_zero(axis.lanes()), cosine, sine)));
 }
 
 } // namespace debug_records

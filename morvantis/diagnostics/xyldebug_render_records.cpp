@@ -32,16 +32,21 @@ template <typename T> void append_all(xylArray<T>& list, const xylArray<T>& othe
 
 float whole_part(float value) { return static_cast<float>(_mm_cvttss_si32(_mm_set_ss(value))); }
 
-// Apart from the test before it, which then needs no frame on the stack. push_back() and not
-// emplace_back(), whose eight arguments go through memory: 1.03 of a bare push_back() under the
-// lock against 1.3. `start` and `delta` may be part of the list.
-template <unsigned int limit>
+struct Colors { // in one register
+	xylColor start, end;
+};
+
+// Apart from the test before it, which then needs no frame on the stack: one function for both
+// kinds of lines is not inlined into them, and takes no more arguments than there are registers.
+// push_back() and not emplace_back(), whose arguments go through memory: 1.03 of a bare
+// push_back() under the lock against 1.3. `start` and `delta` may be part of the list.
 void add_line(xylDebug_render_records& records, const xylVec3& start, const xylVec3& delta,
-              xylColor color_start, xylColor color_end, bool selector, float duration) {
+              Colors colors, bool selector, float duration, unsigned int limit) {
 	xylArray<Debug_line_record>& list = debug_records::line_list(records, selector);
 	const Lock lock(records.mutex);
 	if (list.size() >= limit) return;
-	list.push_back({start, delta, color_start, color_end, debug_records::time_stamp(), duration});
+	list.push_back({xylVec3::from_lanes(start.lanes()), xylVec3::from_lanes(delta.lanes()),
+	                colors.start, colors.end, debug_records::time_stamp(), duration});
 }
 
 } // namespace
@@ -114,7 +119,7 @@ void xylDebug_render_records::add_text_records_and_clear(xylDebug_render_records
 void xylDebug_render_records::add_debug_line(const xylVec3& start, const xylVec3& delta,
                                              xylColor color, bool list_selector, float duration) {
 	if (!debug_records::is_enabled(*this)) return;
-	add_line<max_lines>(*this, start, delta, color, color, list_selector, duration);
+	add_line(*this, start, delta, {color, color}, list_selector, duration, max_lines);
 }
 
 void xylDebug_render_records::add_debug_line_double_color(const xylVec3& start,
@@ -122,8 +127,8 @@ void xylDebug_render_records::add_debug_line_double_color(const xylVec3& start,
                                                           xylColor color_start, xylColor color_end,
                                                           bool list_selector, float duration) {
 	if (!debug_records::is_enabled(*this)) return;
-	add_line<max_double_color_lines>(*this, start, delta, color_start, color_end, list_selector,
-	                                 duration);
+	add_line(*this, start, delta, {color_start, color_end}, list_selector, duration,
+	         max_double_color_lines);
 }
 
 void xylDebug_render_records::add_debug_quad(const xylVec3* corners, xylColor color, bool dithered,

@@ -12,14 +12,19 @@
 namespace {
 
 using namespace debug_records;
+using namespace xyl_lanes;
 
 struct Angle {
 	float cosine, sine;
 };
 
+// A factor whose product with a direction has 0 in its fourth lane, even where it is infinite:
+// added to a point it leaves the point's marker.
+__m128 scale(float factor) { return with_zero(_mm_set1_ps(factor)); }
+
 // --- The sphere's table
 
-constexpr int sphere_points = 11; // rows and columns
+constexpr size_t sphere_points = 11; // rows and columns
 
 // Of (i − 1)·0.31415927 − π/2 in float, for i from 0 to 11.
 constexpr Angle latitudes[sphere_points + 1] = {{-0.309017032f, -0.95105648f},
@@ -43,11 +48,14 @@ constexpr Angle longitudes[sphere_points] = {
 	{-0.309017092f, -0.95105648f}, {0.309017122f, -0.95105648f},
 	{0.809017241f, -0.587784946f}};
 
-using Sphere_row = std::array<xylVec3, sphere_points>;
+using Unit_row = std::array<xylVec3, sphere_points>;
+struct Sphere_row {
+	__m128 at[sphere_points];
+};
 
 // Points of the unit sphere, row by row from below the pole.
-constexpr std::array<Sphere_row, sphere_points + 1> unit_sphere = [] {
-	std::array<Sphere_row, sphere_points + 1> rows{};
+constexpr std::array<Unit_row, sphere_points + 1> unit_sphere = [] {
+	std::array<Unit_row, sphere_points + 1> rows{};
 	for (size_t i = 0; i < rows.size(); ++i) {
 		for (size_t j = 0; j < rows[i].size(); ++j) {
 			rows[i][j] = xylVec3(longitudes[j].cosine * latitudes[i].cosine,
@@ -57,10 +65,10 @@ constexpr std::array<Sphere_row, sphere_points + 1> unit_sphere = [] {
 	return rows;
 }();
 
-Sphere_row place_row(const Sphere_row& unit, const xylVec3& center, float radius) {
-	Sphere_row result;
-	for (size_t j = 0; j < unit.size(); ++j) result[j] = center + unit[j] * radius;
-	return result;
+void place_row(const Unit_row& unit, __m128 center, __m128 radius, Sphere_row& result) {
+	for (size_t j = 0; j < unit.size(); ++j) {
+		result.at[j] = _mm_add_ps(center, _mm_mul_ps(unit[j].lanes(), radius));
+	}
 }
 
 // --- Capsules
@@ -68,59 +76,88 @@ Sphere_row place_row(const Sphere_row& unit, const xylVec3& center, float radius
 constexpr Angle turn_11_25 = {0.98078525f, 0.19509032f}; // degrees
 constexpr Angle turn_30 = {0.8660254f, 0.5f};
 constexpr Angle turn_36 = {0.809017f, 0.58778524f};
-constexpr int arc_steps = 3; // of 30 degrees
+constexpr size_t arc_steps = 3; // of 30 degrees
 
 struct Capsule {
-	const xylVec3& a;
-	const xylVec3& b;
-	float radius_a, radius_b;
+	Capsule(const xylVec3& a_end, const xylVec3& b_end, float a_radius, float b_radius,
+	        xylColor line_color)
+		: a(with_marker(a_end.lanes())), b(with_marker(b_end.lanes())), radius_a(scale(a_radius)),
+		  radius_b(scale(b_radius)), color(line_color) {
+		xylVec3 way, axis, unused;
+		xylVec3::perpendicular_axes_in_cartesian_space(a_end, b_end, way, axis, unused);
+		dir = with_zero(way.lanes());
+		spoke = with_zero(axis.lanes());
+	}
+
+	// Points at the two ends, along `way` or against it.
+	__m128 beyond_a(__m128 way) const { return _mm_sub_ps(a, _mm_mul_ps(way, radius_a)); }
+	__m128 beside_a(__m128 way) const { return _mm_add_ps(a, _mm_mul_ps(way, radius_a)); }
+	__m128 at_b(__m128 way) const { return _mm_add_ps(b, _mm_mul_ps(way, radius_b)); }
+
+	__m128 a, b, radius_a, radius_b;
+	__m128 dir, spoke; // the first spoke
 	xylColor color;
-	int steps;
-	Angle step;
-	bool has_parallel_sides; // whose delta is b − a itself
 };
 
-// A quarter circle at both ends, from the spoke outwards.
-void add_arcs(Line_batch& batch, const Capsule& c, const xylVec3& spoke, const xylVec3& dir) {
-	const xylVec3 tangent = spoke.cross(dir);
-	xylVec3 way = spoke;
-	xylVec3 from_a = c.a - way * c.radius_a;
-	xylVec3 from_b = c.b + way * c.radius_b;
-	for (int i = 0; i < arc_steps; ++i) {
+// A quarter circle at both ends, from a spoke outwards.
+struct Arcs {
+	__m128 tangent;
+	__m128 way;            // reached so far,
+	__m128 from_a, from_b; // and the points there
+	Line_writer writer;
+
+	void extend(const Capsule& c) {
 		way = rotate_around_axis(way, tangent, turn_30.cosine, turn_30.sine);
-		const xylVec3 to_a = c.a - way * c.radius_a;
-		const xylVec3 to_b = c.b + way * c.radius_b;
-		batch.connect(from_a, to_a, c.color);
-		batch.connect(from_b, to_b, c.color);
+		const __m128 to_a = c.beyond_a(way);
+		const __m128 to_b = c.at_b(way);
+		writer.connect(from_a, to_a);
+		writer.connect(from_b, to_b);
 		from_a = to_a;
 		from_b = to_b;
 	}
-}
+};
 
-void add_capsule(Line_batch& batch, const Capsule& c) {
-	xylVec3 dir, spoke, unused;
-	xylVec3::perpendicular_axes_in_cartesian_space(c.a, c.b, dir, spoke, unused);
-	const xylVec3 side = c.b - c.a;
-	xylVec3 previous_p, previous_q;
-	for (int k = 0; k <= c.steps; ++k) {
-		// Before its first use, too.
-		spoke = rotate_around_axis(spoke, dir, c.step.cosine, c.step.sine);
-		const xylVec3 p = c.a + spoke * c.radius_a;
-		const xylVec3 q = c.b + spoke * c.radius_b;
-		if (k != c.steps) batch.add(p, c.has_parallel_sides ? side : q - p, c.color);
-		if (k > 0) {
-			batch.connect(p, previous_p, c.color);
-			batch.connect(q, previous_q, c.color);
+// Arcs of four spokes grow side by side: each rotation waits for the one before it, so a single
+// pair of arcs took 1.6 times as long. `has_parallel_sides`: their delta is b − a itself.
+void add_capsule(Line_batch& batch, const Capsule& c, int steps, Angle step,
+                 bool has_parallel_sides) {
+	constexpr int together = 4;
+	constexpr size_t lines_of_spoke = 3 + 2 * arc_steps;
+	static_assert(together * lines_of_spoke <= Line_batch::capacity);
+	const __m128 side = _mm_sub_ps(c.b, c.a);
+	__m128 spoke = c.spoke;
+	__m128 previous_p = _mm_setzero_ps();
+	__m128 previous_q = _mm_setzero_ps();
+	for (int first = 0; first <= steps; first += together) {
+		const int end = std::min(first + together, steps + 1);
+		const size_t missing = (first == 0 ? 2u : 0u) + (end > steps ? 1u : 0u); // rings, a side
+		const size_t spokes = static_cast<size_t>(end - first);
+		Line_writer writer = batch.take(spokes * lines_of_spoke - missing, c.color);
+		Arcs arcs[together];
+		for (int k = first; k < end; ++k) {
+			// Before its first use, too.
+			spoke = rotate_around_axis(spoke, c.dir, step.cosine, step.sine);
+			const __m128 p = c.beside_a(spoke);
+			const __m128 q = c.at_b(spoke);
+			if (k != steps) writer.add(p, has_parallel_sides ? side : _mm_sub_ps(q, p));
+			if (k > 0) {
+				writer.connect(p, previous_p);
+				writer.connect(q, previous_q);
+			}
+			arcs[k - first] = {cross(spoke, c.dir), spoke, c.beyond_a(spoke), q,
+			                   writer.leave(2 * arc_steps)};
+			previous_p = p;
+			previous_q = q;
 		}
-		add_arcs(batch, c, spoke, dir);
-		previous_p = p;
-		previous_q = q;
+		for (size_t i = 0; i < arc_steps; ++i) {
+			for (size_t j = 0; j < spokes; ++j) arcs[j].extend(c);
+		}
 	}
 }
 
 // --- Cones
 
-constexpr int cone_spokes = 10;
+constexpr size_t cone_spokes = 10;
 constexpr int rim_points = 12;
 
 // Of k·0.5235988.
@@ -138,11 +175,11 @@ constexpr Angle rim_angles[rim_points] = {{1.0f, 0.0f},
                                           {0.866025567f, -0.499999762f}};
 
 // Perpendicular to `dir`, in the XZ plane; not finite where dir.z is 0.
-xylVec3 start_spoke(const xylVec3& dir) {
+__m128 start_spoke(const xylVec3& dir) {
 	const float q = -dir.x / dir.z;
-	const __m128 squared = _mm_max_ss(_mm_set_ss(xyl_lanes::min_normal), _mm_set_ss(q * q + 1.0f));
-	const float w = xyl_lanes::first(xyl_lanes::approximate_inverse_root(squared));
-	return {w, 0, q * w};
+	const __m128 squared = _mm_max_ss(_mm_set_ss(min_normal), _mm_set_ss(q * q + 1.0f));
+	const float w = first(approximate_inverse_root(squared));
+	return _mm_setr_ps(w, 0, q * w, 0);
 }
 
 // A length that isn't a number counts as one ring, one beyond an int as none.
@@ -165,14 +202,20 @@ void xylDebug_render_records::add_debug_sphere(const xylVec3& center, const floa
                                                xylColor color, bool selector, float duration) {
 	if (!is_enabled(*this)) return;
 	Line_batch batch(*this, selector, duration);
-	Sphere_row lower = place_row(unit_sphere[0], center, radius);
+	const __m128 middle = with_marker(center.lanes());
+	const __m128 factor = scale(radius);
+	Sphere_row rows[2]; // lower and upper, in turn
+	place_row(unit_sphere[0], middle, factor, rows[0]);
 	for (size_t i = 0; i < sphere_points; ++i) {
-		const Sphere_row upper = place_row(unit_sphere[i + 1], center, radius);
-		for (size_t j = 0; j < sphere_points; ++j) {
-			batch.connect(lower[j], upper[j], color);
-			if (j > 0) batch.connect(lower[j - 1], lower[j], color);
+		const Sphere_row& lower = rows[i % 2];
+		Sphere_row& upper = rows[1 - i % 2];
+		place_row(unit_sphere[i + 1], middle, factor, upper);
+		Line_writer writer = batch.take(2 * sphere_points - 1, color);
+		writer.connect(lower.at[0], upper.at[0]);
+		for (size_t j = 1; j < sphere_points; ++j) {
+			writer.connect(lower.at[j], upper.at[j]);
+			writer.connect(lower.at[j - 1], lower.at[j]);
 		}
-		lower = upper;
 	}
 }
 
@@ -181,7 +224,7 @@ void xylDebug_render_records::add_debug_capsule(const xylVec3& a, const xylVec3&
                                                 float duration) {
 	if (!is_enabled(*this)) return;
 	Line_batch batch(*this, selector, duration);
-	add_capsule(batch, {a, b, radius, radius, color, 32, turn_11_25, true});
+	add_capsule(batch, {a, b, radius, radius, color}, 32, turn_11_25, true);
 }
 
 void xylDebug_render_records::add_debug_capsule_with_two_radius(const xylVec3& a, const xylVec3& b,
@@ -191,7 +234,7 @@ void xylDebug_render_records::add_debug_capsule_with_two_radius(const xylVec3& a
                                                                 float duration) {
 	if (!is_enabled(*this)) return;
 	Line_batch batch(*this, selector, duration);
-	add_capsule(batch, {a, b, radius_a, radius_b, color, 10, turn_36, false});
+	add_capsule(batch, {a, b, radius_a, radius_b, color}, 10, turn_36, false);
 }
 
 void xylDebug_render_records::add_debug_cone(const xylVec3& apex, const xylVec3& base, float radius,
@@ -201,25 +244,34 @@ void xylDebug_render_records::add_debug_cone(const xylVec3& apex, const xylVec3&
 	xylVec3 dir = base - apex;
 	const float length = dir.length();
 	dir.fast_normalize();
-	xylVec3 spokes[cone_spokes + 1]; // the last is the first again, but for rounding
+	const __m128 tip = with_marker(apex.lanes());
+	const __m128 axis = with_zero(dir.lanes());
+	__m128 spokes[cone_spokes + 1]; // the last is the first again, but for rounding
 	spokes[0] = start_spoke(dir);
-	for (int j = 0; j < cone_spokes; ++j) {
-		spokes[j + 1] = rotate_around_axis(spokes[j], dir, turn_36.cosine, turn_36.sine);
+	for (size_t j = 0; j < cone_spokes; ++j) {
+		spokes[j + 1] = rotate_around_axis(spokes[j], axis, turn_36.cosine, turn_36.sine);
 	}
+	const __m128 whole = _mm_mul_ps(axis, scale(length));
 	const int rings = ring_count(length);
 	for (int i = 1; i <= rings && !batch.is_full(); ++i) {
 		const float step = static_cast<float>(i);
 		const float all = static_cast<float>(rings);
-		const xylVec3 center = apex + dir * length * (step / all);
-		const float ring_radius = step * radius / all;
-		xylVec3 from = center + spokes[0] * ring_radius;
-		for (int j = 1; j <= cone_spokes; ++j) {
-			const xylVec3 to = center + spokes[j] * ring_radius;
-			batch.connect(from, to, color);
+		const __m128 center = _mm_add_ps(tip, _mm_mul_ps(whole, scale(step / all)));
+		const __m128 ring_radius = scale(step * radius / all);
+		__m128 from = _mm_add_ps(center, _mm_mul_ps(spokes[0], ring_radius));
+		Line_writer writer = batch.take(cone_spokes, color);
+		for (size_t j = 1; j <= cone_spokes; ++j) {
+			const __m128 to = _mm_add_ps(center, _mm_mul_ps(spokes[j], ring_radius));
+			writer.connect(from, to);
 			from = to;
 		}
 	}
-	for (int j = 0; j < cone_spokes; ++j) batch.connect(apex, base + spokes[j] * radius, color);
+	const __m128 end = with_marker(base.lanes());
+	const __m128 whole_radius = scale(radius);
+	Line_writer writer = batch.take(cone_spokes, color);
+	for (size_t j = 0; j < cone_spokes; ++j) {
+		writer.connect(tip, _mm_add_ps(end, _mm_mul_ps(spokes[j], whole_radius)));
+	}
 }
 
 void xylDebug_render_records::add_debug_cone_solid(const xylVec3& apex, const xylVec3& base,
