@@ -4,6 +4,7 @@
 #include <morvantis/math/point_sort.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 using namespace xyl_lanes;
@@ -49,6 +50,18 @@ std::size_t build_hull(const xylVec2* sorted, std::size_t count, xylVec2* chain)
 	const std::size_t shortest = k + 1;
 	for (std::size_t i = count - 1; i-- > 0;) k = extend(chain, k, shortest, sorted[i]);
 	return k - 1; // the last repeats the first
+}
+
+void take_corners(xylConvex_polygon& polygon, const xylVec2* corners, std::size_t count) {
+	xylArray<xylVec2>(corners, corners + count).swap(polygon.points);
+	xylVec2 low(float_max, float_max);
+	xylVec2 high(-float_max, -float_max);
+	for (const xylVec2& p : polygon.points) {
+		low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+		high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+	}
+	polygon.rectangular_min = low;
+	polygon.rectangular_max = high;
 }
 
 // --- Separating axes, four at a time
@@ -100,9 +113,25 @@ bool separates_any(const Axes& axes, const Outline& a, const Outline& b) {
 	return _mm_movemask_ps(apart) != 0;
 }
 
-// The normals of the four edges from corner i on, at approximately unit length. Behind the last
-// edge the last is repeated.
-Axes normals_of_edges(const Outline& polygon, std::size_t i) {
+// The way to the left of the four edges from corner i on.
+Axes across_four_edges(const Outline& polygon, std::size_t i) {
+	const __m128 p_01 = _mm_loadu_ps(&polygon[i].x);
+	const __m128 p_23 = _mm_loadu_ps(&polygon[i + 2].x);
+	const xylVec2& after = polygon.after(i + 3);
+	const __m128 p_12 = _mm_shuffle_ps(p_01, p_23, _MM_SHUFFLE(1, 0, 3, 2));
+	const __m128 p_4 = _mm_setr_ps(after.x, after.y, 0, 0);
+	const __m128 p_34 = _mm_shuffle_ps(p_23, p_4, _MM_SHUFFLE(1, 0, 3, 2));
+	const auto x_of = [](__m128 a, __m128 b) {
+		return _mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+	};
+	const auto y_of = [](__m128 a, __m128 b) {
+		return _mm_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+	};
+	return {_mm_sub_ps(y_of(p_01, p_23), y_of(p_12, p_34)),
+	        _mm_sub_ps(x_of(p_12, p_34), x_of(p_01, p_23))};
+}
+// The same where fewer than four follow: the last one is repeated.
+Axes across_last_edges(const Outline& polygon, std::size_t i) {
 	alignas(16) float x[4], y[4];
 	for (std::size_t k = 0; k < 4; ++k) {
 		const std::size_t edge = std::min(i + k, polygon.count - 1);
@@ -111,16 +140,39 @@ Axes normals_of_edges(const Outline& polygon, std::size_t i) {
 		x[k] = a.y - b.y;
 		y[k] = b.x - a.x;
 	}
-	const Axes normals = {_mm_load_ps(x), _mm_load_ps(y)};
+	return {_mm_load_ps(x), _mm_load_ps(y)};
+}
+
+// The normals of the four edges from corner i on, at approximately unit length.
+Axes normals_of_edges(const Outline& polygon, std::size_t i) {
+	const bool are_four = i + 4 <= polygon.count;
+	const Axes normals = are_four ? across_four_edges(polygon, i) : across_last_edges(polygon, i);
 	const __m128 squared =
 		_mm_add_ps(_mm_mul_ps(normals.x, normals.x), _mm_mul_ps(normals.y, normals.y));
 	const __m128 scale = approximate_inverse_roots(_mm_add_ps(squared, _mm_set1_ps(min_normal)));
 	return {_mm_mul_ps(normals.x, scale), _mm_mul_ps(normals.y, scale)};
 }
 
+xylVec2 twice_the_middle(const Outline& polygon) { return polygon[0] + polygon[polygon.count / 2]; }
+
+// The first of the four edges that most likely separate polygons that lie apart: a hull runs round
+// from its leftmost corner, so the direction to the other one tells how far round. A guess only:
+// the order of the axes changes no answer.
+std::size_t first_edges(const Outline& polygon, const Outline& other) {
+	if (polygon.count < 16 || other.count == 0) return 0; // dearer than what it saves
+	const xylVec2 way = twice_the_middle(other) - twice_the_middle(polygon);
+	const float cosine = way.x / (std::abs(way.x) + std::abs(way.y)); // along a square
+	const float quarters = way.y < 0 ? 1 + cosine : 3 - cosine;       // 0 to 4
+	if (!(quarters >= 0 && quarters < 4)) return 0;
+	const float edge = quarters * 0.25f * static_cast<float>(polygon.count);
+	return std::min(static_cast<std::size_t>(edge), polygon.count - 1) / 4 * 4;
+}
+
 bool edges_separate(const Outline& polygon, const Outline& other) {
-	for (std::size_t i = 0; i < polygon.count; i += 4) {
+	std::size_t i = first_edges(polygon, other);
+	for (std::size_t left = polygon.count; left > 0; left -= std::min<std::size_t>(left, 4)) {
 		if (separates_any(normals_of_edges(polygon, i), polygon, other)) return true;
+		i = i + 4 < polygon.count ? i + 4 : 0;
 	}
 	return false;
 }
@@ -166,15 +218,13 @@ void xylConvex_polygon::initialize(xylVec2* input, int count) {
 	}
 	sort(input, count);
 	const std::size_t size = static_cast<std::size_t>(count);
-	xylArray<xylVec2> chain(static_cast<eastl_size_t>(2 * size));
-	const std::size_t corners = build_hull(input, size, chain.data());
-	xylArray<xylVec2>(chain.begin(), chain.begin() + corners).swap(points);
-
-	rectangular_min = {float_max, float_max};
-	rectangular_max = {-float_max, -float_max};
-	for (const xylVec2& p : points) {
-		rectangular_min = {std::min(rectangular_min.x, p.x), std::min(rectangular_min.y, p.y)};
-		rectangular_max = {std::max(rectangular_max.x, p.x), std::max(rectangular_max.y, p.y)};
+	constexpr std::size_t few = 128; // need no memory from the heap on the way
+	if (size <= few) {
+		xylVec2 chain[2 * few];
+		take_corners(*this, chain, build_hull(input, size, chain));
+	} else {
+		xylArray<xylVec2> chain(static_cast<eastl_size_t>(2 * size));
+		take_corners(*this, chain.data(), build_hull(input, size, chain.data()));
 	}
 }
 

@@ -47,9 +47,9 @@ inline Points scattered_points(Samples& samples, unsigned count, unsigned scatte
 	for (unsigned i = 0; i < count; ++i) points.push_back(scattered(samples, scatter));
 	return points;
 }
-// Of 1 to 24 points, now and then of several hundred.
+// Of 1 to 24 points, now and then of up to several hundred.
 inline Points scattered_points(Samples& samples) {
-	const unsigned count = samples.one_in(64) ? 100 + samples.below(400) : 1 + samples.below(24);
+	const unsigned count = samples.one_in(64) ? 25 + samples.below(300) : 1 + samples.below(24);
 	const unsigned scatter = samples.below(scatter_count);
 	return scattered_points(samples, count, scatter);
 }
