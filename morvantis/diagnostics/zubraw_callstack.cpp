@@ -18,8 +18,15 @@ void zubRaw_callstack::capture(void* context, unsigned int skip_count) {
 	os::Unwind_step steps[zubCallstack_helpers::callstack_max_depth];
 	const unsigned int count = context ? os::walk_context(context, steps, std::size(steps))
 	                                   : os::walk_callers(steps, std::size(steps));
+	if (skip_count >= count) return;
+	// All at once, with the room that one after the other would have come to.
+	size_t capacity = stack.capacity();
+	while (capacity < count - skip_count) capacity = capacity > 0 ? 2 * capacity : 1;
+	stack.reserve(capacity);
+	stack.resize(count - skip_count);
+	zubCallstack_frame* frame = stack.data();
 	for (unsigned int i = skip_count; i < count; ++i) {
-		stack.push_back({steps[i].base, steps[i].pc - steps[i].base});
+		*frame++ = {steps[i].base, steps[i].pc - steps[i].base};
 	}
 }
 

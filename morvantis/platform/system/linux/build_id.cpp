@@ -13,11 +13,13 @@ constexpr xylUInt64 round_up(xylUInt64 value, xylUInt64 step) {
 	return (value + step - 1) / step * step;
 }
 
-// The descriptor of the first build-id note; null without one.
+// The descriptor of the first build-id note; null without one. Each note's name and descriptor end
+// at a multiple of `step` from its beginning.
 const unsigned char* search_notes(Byte_reader notes, xylUInt64 step) {
 	while (notes.left() > 0 && !notes.failed) {
 		const auto note = notes.take<Elf64_Nhdr>();
-		const Byte_reader name = notes.take_bytes(round_up(note.n_namesz, step));
+		const Byte_reader name =
+			notes.take_bytes(round_up(sizeof(note) + note.n_namesz, step) - sizeof(note));
 		const Byte_reader id = notes.take_bytes(note.n_descsz);
 		if (notes.failed) return nullptr;
 		if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == sizeof(ELF_NOTE_GNU) &&

@@ -29,8 +29,7 @@ void Frame_cache::store(xylUInt64 address, const Frame_image& image, const unsig
 	place.base.store(image.base, std::memory_order_release);
 	place.table.store(image.table, std::memory_order_release);
 	place.build_id.store(id, std::memory_order_release);
-	place.build_id_offset.store(reinterpret_cast<xylUInt64>(build_id) - image.base,
-	                            std::memory_order_release);
+	place.build_id_place.store(build_id, std::memory_order_release);
 	place.version.store(version + 2, std::memory_order_release);
 }
 

@@ -107,7 +107,7 @@ Packed_frame pack(const Frame_rules& rules) {
 	    rules.operands[frame_pc] != below(1)) {
 		return frame_uncommon;
 	}
-	Packed_frame frame = frame_common | rules.cfa_offset | (on_rbp ? packed_on_rbp : 0);
+	Packed_frame frame = rules.cfa_offset | (on_rbp ? frame_on_rbp : frame_on_rsp);
 	for (unsigned int i = 0; i < frame_pc; ++i) {
 		const bool is_same =
 			rules.kinds[i] == Frame_rule_kind::same || rules.kinds[i] == Frame_rule_kind::undefined;
@@ -136,7 +136,7 @@ bool read_rules(xylUInt64 address, const Frame_image& image, Frame_rules& rules)
 
 // The way out of a frame that the cache doesn't know. An image without build id can't be told from
 // another one at its address, so its frames are looked up each time.
-[[gnu::noinline]] Packed_frame learn(xylUInt64 address, const Frame_image& image) {
+[[gnu::noinline]] Packed_frame learn(xylUInt64 address, Frame_image image) {
 	Frame_rules rules;
 	const Packed_frame frame = read_rules(address, image, rules) ? pack(rules) : frame_leaf;
 	const unsigned char* const build_id =
@@ -150,81 +150,113 @@ xylUInt64 packed_slot(Packed_frame frame, unsigned int shift) {
 }
 
 // What it takes to walk on where no context is handed back.
-struct Short_registers {
-	xylUInt64 pc, sp, bp;
+class Short_registers {
+public:
+	Short_registers(xylUInt64 pc, xylUInt64 sp, xylUInt64 bp) : pc_(pc), sp_(sp), bp_(bp) {}
 
-	void leave_common(Packed_frame frame) {
-		sp = (frame & packed_on_rbp ? bp : sp) + (frame & packed_offset_bits);
-		pc = load_word(sp - 8);
+	xylUInt64 pc() const { return pc_; }
+	void end() { pc_ = 0; }
+	xylUInt64 sp() const { return sp_; }
+	xylUInt64 bp() const { return bp_; }
+	void leave_common(Packed_frame frame, xylUInt64 base) {
+		sp_ = base + (frame & packed_offset_bits);
+		pc_ = load_word(sp_ - 8);
 		const xylUInt64 words = packed_slot(frame, packed_rbp_shift);
-		if (words != 0) bp = load_word(sp - 8 * words);
+		if (words != 0) bp_ = load_word(sp_ - 8 * words);
 	}
 	void leave_leaf() {
-		pc = load_word(sp);
-		sp += 8;
+		pc_ = load_word(sp_);
+		sp_ += 8;
 	}
-	static bool leave_uncommon(xylUInt64, const Frame_image&, bool&) { return false; }
+	static bool leave_uncommon(xylUInt64, Frame_image, bool&) { return false; }
+
+private:
+	xylUInt64 pc_, sp_, bp_;
 };
 
 // All of them.
 struct Whole_registers {
 	Frame_registers all;
-	xylUInt64& pc = all.value[frame_pc];
-	xylUInt64& sp = all.value[frame_rsp];
 
-	void leave_common(Packed_frame frame) {
-		const xylUInt64 on = frame & packed_on_rbp ? all.value[frame_rbp] : sp;
-		sp = on + (frame & packed_offset_bits);
-		pc = load_word(sp - 8);
+	xylUInt64 pc() const { return all.value[frame_pc]; }
+	void end() { all.value[frame_pc] = 0; }
+	xylUInt64 sp() const { return all.value[frame_rsp]; }
+	xylUInt64 bp() const { return all.value[frame_rbp]; }
+	void leave_common(Packed_frame frame, xylUInt64 base) {
+		const xylUInt64 caller_sp = base + (frame & packed_offset_bits);
+		all.value[frame_rsp] = caller_sp;
+		all.value[frame_pc] = load_word(caller_sp - 8);
 		for (const auto& [number, shift] : packed_registers) {
 			const xylUInt64 words = packed_slot(frame, shift);
-			if (words != 0) all.value[number] = load_word(sp - 8 * words);
+			if (words != 0) all.value[number] = load_word(caller_sp - 8 * words);
 		}
 	}
 	void leave_leaf() {
-		pc = load_word(sp);
-		sp += 8;
+		all.value[frame_pc] = load_word(all.value[frame_rsp]);
+		all.value[frame_rsp] += 8;
 	}
-	// `called`  what holds for the caller's address
-	bool leave_uncommon(xylUInt64 address, const Frame_image& image, bool& called) {
+	// `called` becomes what holds for the caller's address.
+	bool leave_uncommon(xylUInt64 address, Frame_image image, bool& called) {
 		Frame_rules rules;
-		if (!read_rules(address, image, rules) || !apply_frame_rules(rules, all, read_memory)) {
+		if (read_rules(address, image, rules) && apply_frame_rules(rules, all, read_memory)) {
+			called = !rules.is_signal_frame;
+		} else {
 			leave_leaf();
-			return true;
 		}
-		called = !rules.is_signal_frame;
 		return true;
 	}
 };
 
-// Fills steps from the registers on and moves these along. `called` tells that pc is a return
-// address: a call may be its function's last instruction, so the place before counts.
-//
-// False where the registers are too few to go on.
-template <typename Registers>
-bool walk(Registers& registers, bool called, Unwind_step* steps, unsigned int room,
-          unsigned int& count) {
-	// The image of one step serves the next ones inside it: it can't go while it has a frame here.
+// A walk that goes on where it stopped.
+template <typename Registers> struct Walk {
+	Registers registers;
+	// registers.pc is a return address: a call may be its function's last instruction, so the place
+	// before counts.
+	bool called;
+	// Of the last step. It serves the next ones inside it: it can't go while it has a frame here.
 	Frame_image image{};
-	for (count = 0; count < room && registers.pc != 0; ++count) {
-		const xylUInt64 address = registers.pc - (called ? 1 : 0);
-		if (address - image.base >= image.size) image = image_of(address);
-		Packed_frame frame = image.size > 0 ? cache.find(address, image) : frame_leaf;
-		if (frame == frame_unknown) frame = learn(address, image);
+	unsigned int count = 0; // steps that the last run() took
 
-		const Packed_frame shape = frame & frame_shape_bits;
-		steps[count] = {shape == frame_leaf ? 0 : image.base, registers.pc};
-		called = true;
-		if (shape == frame_common)
-			registers.leave_common(frame);
-		else if (shape == frame_leaf)
-			registers.leave_leaf();
-		else if (shape == frame_last)
-			registers.pc = 0;
-		else if (!registers.leave_uncommon(address, image, called))
-			return false;
+	// False where the registers are too few to go on.
+	bool run(Unwind_step* steps, unsigned int room) {
+		for (count = 0; count < room && registers.pc() != 0; ++count) {
+			const xylUInt64 address = registers.pc() - (called ? 1 : 0);
+			if (address - image.base >= image.size) image = image_of(address);
+			Packed_frame frame = image.size > 0 ? cache.find(address, image) : frame_leaf;
+			if (frame == frame_unknown) frame = learn(address, image);
+
+			const Packed_frame shape = frame & frame_shape_bits;
+			steps[count] = {shape == frame_leaf ? 0 : image.base, registers.pc()};
+			called = true;
+			// Two branches that are foreseen and no choice of a register, which the next step's
+			// address would have to wait for.
+			if (shape == frame_on_rsp)
+				registers.leave_common(frame, registers.sp());
+			else if (shape == frame_on_rbp)
+				registers.leave_common(frame, registers.bp());
+			else if (shape == frame_leaf)
+				registers.leave_leaf();
+			else if (shape == frame_last)
+				registers.end();
+			else if (!registers.leave_uncommon(address, image, called))
+				return false;
+		}
+		return true;
 	}
-	return true;
+};
+
+// The walk of walk_callers() with all registers, which are taken here. `caller_sp` is the stack
+// pointer of the frame to begin with: below it are frames of the walk itself, and whether the
+// compiler left walk_callers() one isn't known.
+[[gnu::noinline]] unsigned int walk_callers_whole(xylUInt64 caller_sp, Unwind_step* steps,
+                                                  unsigned int room) {
+	Walk<Whole_registers> walk{{}, true};
+	morvantis_save_frame_registers(&walk.registers.all);
+	Unwind_step own;
+	while (walk.registers.sp() < caller_sp && walk.run(&own, 1) && walk.count == 1) {
+	}
+	walk.run(steps, room);
+	return walk.count;
 }
 
 // The context's registers in the order of DWARF's numbers.
@@ -235,29 +267,25 @@ constexpr int context_order[frame_register_count] = {
 } // namespace
 
 [[gnu::noinline]] unsigned int walk_callers(Unwind_step* steps, unsigned int room) {
-	unsigned int count = 0;
-	Whole_registers start{};
-	morvantis_save_frame_registers(&start.all);
-	Unwind_step own; // the position is in this function, and its caller one frame further
-	walk(start, true, &own, 1, count);
-
-	Short_registers registers{start.pc, start.sp, start.all.value[frame_rbp]};
-	if (!walk(registers, true, steps, room, count)) walk(start, true, steps, room, count);
-	return count;
+	// With a frame pointer, which asking for it brings about, a frame begins with the caller's
+	// frame pointer and the return address.
+	const auto frame = reinterpret_cast<xylUInt64>(__builtin_frame_address(0));
+	const xylUInt64 caller_sp = frame + 16;
+	Walk<Short_registers> walk{{load_word(frame + 8), caller_sp, load_word(frame)}, true};
+	return walk.run(steps, room) ? walk.count : walk_callers_whole(caller_sp, steps, room);
 }
 
 unsigned int walk_context(void* context, Unwind_step* steps, unsigned int room) {
 	greg_t* const values = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
-	Whole_registers registers{};
+	Walk<Whole_registers> walk{{}, false};
 	for (unsigned int i = 0; i < frame_register_count; ++i) {
-		registers.all.value[i] = static_cast<xylUInt64>(values[context_order[i]]);
+		walk.registers.all.value[i] = static_cast<xylUInt64>(values[context_order[i]]);
 	}
-	unsigned int count = 0;
-	walk(registers, false, steps, room, count);
+	walk.run(steps, room);
 	for (unsigned int i = 0; i < frame_register_count; ++i) {
-		values[context_order[i]] = static_cast<greg_t>(registers.all.value[i]);
+		values[context_order[i]] = static_cast<greg_t>(walk.registers.all.value[i]);
 	}
-	return count;
+	return walk.count;
 }
 
 } // namespace os
