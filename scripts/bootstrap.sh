@@ -21,7 +21,8 @@ dump_reader="lldb-19"
 browser="chromium"
 static_checks="clang-format-19 clang-tidy-19 doxygen"
 # what the benchmarks compare with
-peers="libbenchmark-dev libboost-dev libbullet-dev libcgal-dev libeigen3-dev libenet-dev libglm-dev libtbb-dev uuid-dev python3"
+peers="libbenchmark-dev libboost-dev libbullet-dev libcgal-dev libeigen3-dev libenet-dev libglm-dev
+  libtbb-dev libunwind8 uuid-dev python3"
 curves="python3-matplotlib"
 
 case $job in
