@@ -1,5 +1,6 @@
 #include <morvantis/platform/system/symbols.h>
 
+#include <morvantis/platform/system/linux/elf_image.h>
 #include <morvantis/platform/system/linux/function_name.h>
 #include <morvantis/platform/system/linux/symbol_files.h>
 #include <morvantis/platform/system/path.h>
@@ -22,8 +23,6 @@ std::mutex engine_lock;
 os::Symbol_files files;
 char* engine_paths; // of the started engine; null: it isn't
 
-constexpr ElfW(Addr) page_size = 4096;
-
 // A loaded image and where an address lies in it.
 struct Image {
 	xylUInt64 address;
@@ -35,60 +34,26 @@ struct Image {
 	os::Wanted_build build() const { return {path, path, guid, 0}; }
 };
 
-bool holds(const dl_phdr_info& info, xylUInt64 address) {
-	return std::any_of(info.dlpi_phdr, info.dlpi_phdr + info.dlpi_phnum,
-	                   [&](const ElfW(Phdr) & part) {
-						   return part.p_type == PT_LOAD &&
-		                          address - (info.dlpi_addr + part.p_vaddr) < part.p_memsz;
-					   });
-}
-
-// Takes the build id out of a loaded note segment.
-void read_notes(const char* notes, size_t size, size_t alignment, Image& image) {
-	const auto padded = [step = alignment == 8 ? size_t{8} : size_t{4}](size_t length) {
-		return (length + step - 1) & ~(step - 1);
-	};
-	ElfW(Nhdr) head;
-	for (size_t at = 0; size - at >= sizeof(head);) {
-		std::memcpy(&head, notes + at, sizeof(head));
-		const size_t name = at + sizeof(head);
-		const size_t content = padded(name + head.n_namesz);
-		const size_t end = content + head.n_descsz;
-		if (end > size) return;
-		if (head.n_type == NT_GNU_BUILD_ID && head.n_namesz == sizeof(ELF_NOTE_GNU) &&
-		    std::memcmp(notes + name, ELF_NOTE_GNU, sizeof(ELF_NOTE_GNU)) == 0) {
-			std::memcpy(image.guid, notes + content,
-			            std::min<size_t>(head.n_descsz, sizeof(image.guid)));
-			return;
-		}
-		at = padded(end);
-		if (at > size) return;
+bool find_image(xylUInt64 address, Image& image) {
+	dl_find_object object;
+	if (_dl_find_object(reinterpret_cast<void*>(address), &object) != 0) {
+		errno = ENOENT;
+		return false;
 	}
-}
-
-int take_image(dl_phdr_info* info, size_t, void* data) {
-	Image& image = *static_cast<Image*>(data);
-	if (!holds(*info, image.address)) return 0;
-	for (int i = info->dlpi_phnum; i-- > 0;) {
-		const ElfW(Phdr)& part = info->dlpi_phdr[i];
-		const ElfW(Addr) begin = info->dlpi_addr + part.p_vaddr;
-		if (part.p_type == PT_LOAD) image.base = begin & ~(page_size - 1); // the first remains
-		if (part.p_type == PT_NOTE)
-			read_notes(reinterpret_cast<const char*>(begin), part.p_memsz, part.p_align, image);
-	}
-	if (info->dlpi_name[0] != 0) {
-		std::snprintf(image.path, sizeof(image.path), "%s", info->dlpi_name);
-	} else if (os::executable_path(image.path, sizeof(image.path)) >= sizeof(image.path)) {
+	image.address = address;
+	image.base = reinterpret_cast<xylUInt64>(object.dlfo_map_start);
+	// The program itself has no name there.
+	const char* const name = object.dlfo_link_map->l_name;
+	std::snprintf(image.path, sizeof(image.path), "%s", name);
+	if (name[0] == 0 && os::executable_path(image.path, sizeof(image.path)) >= sizeof(image.path)) {
 		image.path[0] = 0;
 	}
-	return 1;
-}
-
-bool find_image(xylUInt64 address, Image& image) {
-	image.address = address;
-	if (dl_iterate_phdr(take_image, &image) != 0) return true;
-	errno = ENOENT;
-	return false;
+	os::Elf_image facts;
+	if (os::read_elf_image(image.base, &facts)) {
+		std::memcpy(image.guid, facts.build_id,
+		            std::min<size_t>(facts.build_id_size, sizeof(image.guid)));
+	}
+	return true;
 }
 
 os::Wanted_build build_of(const os::Symbol_file_identity& identity) {
