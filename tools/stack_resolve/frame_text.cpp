@@ -54,6 +54,11 @@ bool has_identity(const Frame& frame) {
 	                   [](unsigned char byte) { return byte != 0; });
 }
 
+void set_path(Frame& frame, std::string_view path) {
+	frame.path = path;
+	frame.name = path.substr(path.find_last_of("/\\") + 1);
+}
+
 bool read_raw(std::string_view line, size_t begin, Found_frame& found) {
 	Frame frame;
 	Cursor cursor(line, begin);
@@ -69,16 +74,16 @@ bool read_raw(std::string_view line, size_t begin, Found_frame& found) {
 	if (!cursor.is_good()) return false;
 	std::string_view name = line.substr(cursor.at());
 	while (!name.empty() && (name.back() == '\r' || name.back() == ' ')) name.remove_suffix(1);
-	frame.name = name;
+	set_path(frame, name);
 	found = {frame, begin, cursor.at() + name.size() - begin};
-	return !name.empty() && has_identity(frame);
+	return !frame.name.empty() && has_identity(frame);
 }
 
 bool read_deferred(std::string_view line, size_t begin, Found_frame& found) {
 	Frame frame;
 	const size_t end_of_name = line.find("@{", begin);
 	if (end_of_name == std::string_view::npos || end_of_name == begin + 1) return false;
-	frame.name = line.substr(begin + 1, end_of_name - begin - 1);
+	set_path(frame, line.substr(begin + 1, end_of_name - begin - 1));
 	Cursor cursor(line, end_of_name);
 	cursor.word("@");
 	cursor.guid(frame.guid);
@@ -88,7 +93,7 @@ bool read_deferred(std::string_view line, size_t begin, Found_frame& found) {
 	frame.offset = static_cast<std::uint32_t>(cursor.number(10));
 	if (!cursor.is_good()) return false;
 	found = {frame, begin, cursor.at() - begin};
-	return has_identity(frame);
+	return !frame.name.empty() && has_identity(frame);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 // What an unresolved frame says of itself.
 struct Frame {
 	std::string name;                     // of the image or of its symbol file, without folders
+	std::string path;                     // the same as the frame has it, perhaps with folders
 	std::array<unsigned char, 16> guid{}; // of the symbol file, in memory order
 	std::uint32_t age = 0;
 	std::uint32_t offset = 0; // from the image's base

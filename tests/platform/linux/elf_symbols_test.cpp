@@ -168,6 +168,7 @@ TEST(Function_name, IsReadableAndFitsTheBuffer) {
 	EXPECT_EQ(readable("_ZN2ns1C1fEi.cold"), "ns::C::f");
 	EXPECT_EQ(readable("sort.part.0"), "sort");
 	EXPECT_EQ(readable("sort.part.0", true), "sort.part.0");
+	EXPECT_EQ(readable("__libc_start_main@@GLIBC_2.34"), "__libc_start_main");
 	EXPECT_EQ(readable(".hidden"), ".hidden");
 	EXPECT_EQ(readable("_Z"), "_Z");
 	EXPECT_EQ(readable(""), "");

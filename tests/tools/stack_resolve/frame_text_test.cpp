@@ -37,6 +37,18 @@ TEST(Frame_text, ReadsDeferredFrames) {
 	EXPECT_FALSE(find_frame(line, line.size(), found));
 }
 
+TEST(Frame_text, ShortensPathsOfBothSystems) {
+	const std::string raw = "0x0000000000000000 0x0000000000000001 " + std::string(guid) + " 0 ";
+	for (const char* path : {"/usr/lib/lib a.so", "D:\\game\\lib a.so", "lib a.so"}) {
+		Found_frame found;
+		ASSERT_TRUE(find_frame(raw + path, 0, found));
+		EXPECT_EQ(found.frame.name, "lib a.so");
+		EXPECT_EQ(found.frame.path, path);
+	}
+	Found_frame found;
+	EXPECT_FALSE(find_frame(raw + "/usr/lib/", 0, found));
+}
+
 TEST(Frame_text, PassesOverWhatIsNoFrame) {
 	const std::string raw = "0x0000000012345678 0x00000000000ABCDE ";
 	const std::string lines[] = {

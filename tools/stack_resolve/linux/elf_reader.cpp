@@ -18,14 +18,14 @@ public:
 
 	Resolution resolve(const Frame& frame) override {
 		// The image may lie there too: its code tells calls from other instructions.
-		const std::string image = find_named(frame.name, &frame);
+		const std::string image = find_image(frame);
 		const os::Symbol_file_identity identity{frame.name.c_str(), frame.guid.data(), 0, frame.age,
 		                                        image.c_str()};
 		char file[os::symbol_text_size];
 		os::Symbol_answer answer;
 		if (!os::find_symbol_file(search_path_.c_str(), identity, file) ||
 		    !os::look_up_symbol(nullptr, file, identity, frame.offset, answer)) {
-			const std::string other = find_named(frame.name, nullptr);
+			const std::string other = find_other_build(frame);
 			return {other.empty() ? Outcome::no_file : Outcome::other_build, {}, other};
 		}
 		return {Outcome::resolved,
@@ -36,18 +36,32 @@ public:
 	}
 
 private:
-	// An ELF file by the image's name or its debug file's: of the frame's build, or of any.
-	std::string find_named(const std::string& name, const Frame* build) const {
-		for (const std::string& folder : folders_) {
-			for (const char* form : {"", ".debug"}) {
-				const std::string path = (fs::path(folder) / (name + form)).string();
-				os::Elf_symbols symbols;
-				if (!symbols.open(path.c_str()) || !symbols.build_id()) continue;
-				if (!build) return path;
-				const bool is_right =
-					std::equal(build->guid.begin(), build->guid.end(), symbols.build_id());
-				if (is_right && symbols.has_code()) return path;
+	// The image itself: where the frame says it was, if this is still its machine, or in a folder.
+	std::string find_image(const Frame& frame) const {
+		std::vector<std::string> places{frame.path};
+		for (const std::string& folder : folders_)
+			places.push_back((fs::path(folder) / frame.name).string());
+		for (const std::string& path : places) {
+			os::Elf_symbols symbols;
+			if (symbols.open(path.c_str()) && symbols.has_code() && symbols.build_id() &&
+			    std::equal(frame.guid.begin(), frame.guid.end(), symbols.build_id())) {
+				return path;
 			}
+		}
+		return {};
+	}
+
+	// An ELF file with the image's name or its debug file's, of whatever build.
+	std::string find_other_build(const Frame& frame) const {
+		std::vector<std::string> places;
+		for (const std::string& folder : folders_) {
+			places.push_back((fs::path(folder) / frame.name).string());
+			places.push_back(places.back() + ".debug");
+		}
+		places.push_back(frame.path);
+		for (const std::string& path : places) {
+			os::Elf_symbols symbols;
+			if (symbols.open(path.c_str())) return path;
 		}
 		return {};
 	}

@@ -67,10 +67,10 @@ size_t start_of_name(std::string_view text) {
 	return start;
 }
 
-// "sort" of "sort.part.0": the same marks on a name that needs no demangling.
-std::string_view without_clone_suffix(std::string_view symbol) {
-	const size_t point = symbol.find('.', 1);
-	return symbol.substr(0, std::min(point, symbol.size()));
+// "sort" of "sort.part.0" and of "sort@@VERS_2.1": marks on a name that needs no demangling.
+std::string_view without_suffixes(std::string_view symbol) {
+	const size_t mark = symbol.find_first_of(".@", 1);
+	return symbol.substr(0, std::min(mark, symbol.size()));
 }
 
 } // namespace
@@ -92,7 +92,7 @@ bool os::readable_function_name(const char* symbol, bool with_parameters, char* 
 	                            ? abi::__cxa_demangle(symbol, nullptr, nullptr, nullptr)
 	                            : nullptr;
 	std::string_view name = demangled ? demangled : symbol;
-	if (!with_parameters) name = demangled ? qualified_name(name) : without_clone_suffix(name);
+	if (!with_parameters) name = demangled ? qualified_name(name) : without_suffixes(name);
 	const bool fits = name.size() < size;
 	if (fits) {
 		std::memcpy(out, name.data(), name.size());
