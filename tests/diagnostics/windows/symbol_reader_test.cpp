@@ -53,8 +53,8 @@ protected:
 		reader_script().source = L"C:\\src\\run.cpp";
 		reader_script().line = 12;
 		reader_script().length = 40;
-		zub_debughelp_interface = &engine_;
-		EXPECT_TRUE(engine_.initialize());
+		zub_debughelp_interface = &engine();
+		EXPECT_TRUE(engine().initialize());
 		add_game("game.pdb");
 		put_symbol_file("game.pdb", Pdb_file(guid, 7, 7));
 	}
@@ -63,7 +63,6 @@ protected:
 		EXPECT_FALSE(reader_script().other_slots);
 		EXPECT_FALSE(reader_script().other_identifiers);
 		zubCallstack_helpers::clear_module_cache();
-		engine_.cleanup();
 		zub_debughelp_interface = nullptr;
 	}
 	static void add_game(const std::string& pdb_name) {
@@ -85,9 +84,14 @@ protected:
 		return stack.get_frame_count() == 1 ? stack.get_stack()[0].char_p() : "not one line";
 	}
 
+	// One for all tests, as its start takes most of their time.
+	static zubDebughelp_interface& engine() {
+		static zubDebughelp_interface engine;
+		return engine;
+	}
+
 	Temporary_folder folder_;
 	Current_folder folder_guard_;
-	zubDebughelp_interface engine_;
 };
 
 TEST_F(Symbol_reader_test, LookUpAsksStepByStep) {
@@ -248,9 +252,9 @@ TEST_F(Symbol_reader_test, ImageWithoutIdentityIsDeferred) {
 }
 
 TEST_F(Symbol_reader_test, EngineThatIsOffDefers) {
-	engine_.cleanup();
+	engine().cleanup();
 	EXPECT_EQ(resolve(), deferred_line);
-	EXPECT_TRUE(engine_.initialize());
+	EXPECT_TRUE(engine().initialize());
 	EXPECT_EQ(resolve(), "@game.exe@run.cpp (12): ns::run");
 }
 
@@ -303,8 +307,8 @@ TEST_F(Symbol_reader_test, SymbolFileOfALinkerIsFoundByTheImagesIdentity) {
 TEST_F(Symbol_reader_test, EngineNamesFunctionsFilesAndLinesOfCapturedCounters) {
 	const Known_library library;
 	SetEnvironmentVariableA("_NT_SYMBOL_PATH", program_folder().c_str());
-	engine_.cleanup();
-	ASSERT_TRUE(engine_.initialize()); // the library is among the loaded images now
+	engine().cleanup();
+	ASSERT_TRUE(engine().initialize()); // the library is among the loaded images now
 	SetEnvironmentVariableA("_NT_SYMBOL_PATH", nullptr);
 	Counters counters{};
 	library.call_through(capture_here, &counters);
