@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """Lets a program crash and asks a debugger, which knows nothing of us, what the dump says.
 
-usage: check_crash_dump.py <kind> <function> [--thread] [--exit N] [--reason TEXT]
-                           [--search FOLDER]... --debugger LLDB -- <program>...
+usage: check_crash_dump.py <kind> <function> [--thread] [--exit N] [--reason TEXT] [--most-bytes N]
+                           [--search FOLDER]... --debugger LLDB --symbolizer PROGRAM --image FILE
+                           -- <program>...
 
 The dump must name <function> among the frames of the thread that crashed, and the other thread's
-place in another one.
+place in another one. Of the raw stack, the frames of <image> are looked up by their offsets; the
+function must be among them, too.
 """
 
 import argparse
@@ -28,6 +30,16 @@ def threads_of(text):
     return threads
 
 
+def raw_functions(stack, options):
+    """The functions of the image's frames in the text of a raw stack."""
+    name = pathlib.PurePath(options.image).name
+    offsets = [line.split()[1] for line in stack.splitlines() if line.rstrip().endswith(name)]
+    symbolizer = subprocess.run(
+        [options.symbolizer, "--relative-address", "--functions", f"--obj={options.image}"] + offsets,
+        text=True, capture_output=True, timeout=120)
+    return symbolizer.stdout
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("kind")
@@ -37,6 +49,9 @@ def main():
     parser.add_argument("--reason", default="")
     parser.add_argument("--search", action="append", default=[])
     parser.add_argument("--debugger", required=True)
+    parser.add_argument("--most-bytes", type=int, default=1 << 40)
+    parser.add_argument("--symbolizer", required=True)
+    parser.add_argument("--image", required=True)
     parser.add_argument("program", nargs="+")
     options = parser.parse_args()
 
@@ -56,7 +71,14 @@ def main():
             command += ["-O", f"settings append target.exec-search-paths {search}"]
         debugger = subprocess.run(command + ["-c", str(dump), "-o", "thread backtrace --count 40 all"], text=True,
                                   capture_output=True, errors="replace", timeout=300)
+        size = dump.stat().st_size
+        raw = pathlib.Path(folder, "stack.txt")
+        stack = raw.read_text() if raw.exists() else ""
     problems = []
+    if options.exit == 3 and options.function not in raw_functions(stack, options):
+        problems.append(f"{options.function} is not in the raw stack:\n{stack}")
+    if size > options.most_bytes:
+        problems.append(f"the dump has {size} bytes")
     if crash.returncode != options.exit:
         problems.append(f"the program ended with {crash.returncode}, not {options.exit}")
     threads = threads_of(debugger.stdout)

@@ -3,12 +3,16 @@
 // usage: crash_child <kind> <folder> [thread]     "thread": in a second thread
 #include "crash_handler.h"
 
+#include <morvantis/diagnostics/zubraw_callstack.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 namespace {
@@ -92,6 +96,12 @@ void wait_in_another_thread() {
 	// Holds no lock of the heap: the dump of Windows, which needs the heap, would wait for it.
 	std::this_thread::sleep_for(std::chrono::hours(1));
 	std::puts("never"); // behind the wait, so that it is no tail call
+}
+
+void write_raw_stack(void* context, const char* folder) {
+	zubRaw_callstack stack;
+	stack.capture(context, 0);
+	std::ofstream(folder + std::string("/stack.txt")) << stack.get_stack_str().char_p();
 }
 
 int main(int count, char** arguments) {

@@ -16,6 +16,7 @@ xylVarString* dump_folder = nullptr; // made in good time: a handler allocates n
 void on_crash(int, siginfo_t* record, void* context) {
 	zubException_pointers exception{record, context};
 	zubPlatform::write_minidump(*dump_folder, &exception);
+	write_raw_stack(context, dump_folder->char_p());
 	_exit(3);
 }
 
@@ -23,7 +24,7 @@ void on_crash(int, siginfo_t* record, void* context) {
 
 void install_crash_handler(const char* folder) {
 	dump_folder = new xylVarString(folder);
-	static constexpr size_t size = 64 << 10;
+	static constexpr size_t size = 256 << 10;
 	stack_t stack{};
 	stack.ss_sp = std::malloc(size); // a stack that has run over can't serve its own handler
 	stack.ss_size = size;

@@ -13,6 +13,7 @@ xylVarString* dump_folder = nullptr; // made in good time
 
 LONG WINAPI on_exception(EXCEPTION_POINTERS* exception) {
 	zubPlatform::write_minidump(*dump_folder, exception);
+	write_raw_stack(exception->ContextRecord, dump_folder->char_p());
 	TerminateProcess(GetCurrentProcess(), 3);
 	return EXCEPTION_CONTINUE_SEARCH;
 }
@@ -42,6 +43,7 @@ LONG CALLBACK on_overflow(EXCEPTION_POINTERS* exception) {
 // The run-time's own ends of a process have no exception: the dump makes one.
 void on_abort(int) {
 	zubPlatform::write_minidump(*dump_folder, nullptr);
+	write_raw_stack(nullptr, dump_folder->char_p());
 	TerminateProcess(GetCurrentProcess(), 3);
 }
 
