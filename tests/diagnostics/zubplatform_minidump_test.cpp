@@ -24,19 +24,21 @@ TEST(zubPlatform_minidump, DumpInPassingShowsTheCallingThreadAndASecondOneReplac
 	zub_debughelp_interface = &engine;
 	const Temporary_folder folder;
 	const xylVarString folder_text(folder.path().string().c_str());
-	volatile char on_the_stack[] = "first pattern on the stack";
-	const char* const local = const_cast<char*>(on_the_stack);
+	// Not a variable: sanitizers put those elsewhere.
+	static constexpr char pattern[] = "first pattern on the stack";
+	char* const local = static_cast<char*>(__builtin_alloca(sizeof(pattern)));
+	std::memcpy(local, pattern, sizeof(pattern));
 	EXPECT_FALSE(zubPlatform::write_minidump(folder_text, nullptr));
 	const Minidump first(folder / "dump.dmp");
-	EXPECT_EQ(first.memory(local, sizeof(on_the_stack)), std::string(local, sizeof(on_the_stack)));
-	on_the_stack[0] = 'F';
+	EXPECT_EQ(first.memory(local, sizeof(pattern)), std::string(local, sizeof(pattern)));
+	local[0] = 'F';
 	EXPECT_FALSE(zubPlatform::write_minidump(folder_text, nullptr));
 	zub_debughelp_interface = nullptr;
 	EXPECT_TRUE(engine.lock.try_lock()) << "the lock is given back";
 	engine.lock.unlock();
 
 	const Minidump dump(folder / "dump.dmp");
-	EXPECT_EQ(dump.memory(local, sizeof(on_the_stack)), std::string(local, sizeof(on_the_stack)));
+	EXPECT_EQ(dump.memory(local, sizeof(pattern)), std::string(local, sizeof(pattern)));
 	EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 
 	const auto id = static_cast<uint32_t>(
