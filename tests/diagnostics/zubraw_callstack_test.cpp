@@ -39,19 +39,19 @@ std::function<void()> innermost_work;
 
 void run_innermost() {
 	innermost_work();
-	left_to_do = left_to_do + 1;
+	left_to_do = left_to_do ^ 1;
 }
 volatile Function innermost = run_innermost;
 
 void run_middle() {
 	innermost();
-	left_to_do = left_to_do + 1;
+	left_to_do = left_to_do ^ 1;
 }
 volatile Function middle = run_middle;
 
 void run_outermost() {
 	middle();
-	left_to_do = left_to_do + 1;
+	left_to_do = left_to_do ^ 1;
 }
 volatile Function outermost = run_outermost;
 
@@ -63,7 +63,7 @@ void run_recursion() {
 		recursion();
 	else
 		innermost_work();
-	left_to_do = left_to_do + 1;
+	left_to_do = left_to_do ^ 1;
 }
 
 int compare_and_work(const void* left, const void* right) {
