@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -71,25 +72,25 @@ Canvas Painter::paint(const Frame& frame) {
 
 // Solid faces first, then lines, then what is seen through, the farthest first.
 void Painter::paint_quads(const View& view, const Frame& frame) {
-	std::vector<const Debug_quad_record*> clear;
-	for (const Debug_quad_record& quad : frame.records.quads) {
-		if (quad.color >> 24 == 255) {
-			paint_quad(view, quad, false, false);
+	const auto& quads = frame.records.quads;
+	const auto distance = [&](const Debug_quad_record& quad) {
+		double sum = 0;
+		for (const xylVec3& corner : quad.corners) sum += view.distance(corner);
+		return std::isfinite(sum) ? sum : 0;
+	};
+	std::vector<std::pair<double, size_t>> clear; // nearness, and place in the list
+	for (size_t i = 0; i < quads.size(); ++i) {
+		if (quads[i].color >> 24 == 255) {
+			paint_quad(view, quads[i], false, false);
 		} else {
-			clear.push_back(&quad);
+			clear.emplace_back(-distance(quads[i]), i);
 		}
 	}
 	for (const Debug_quad_record& quad : frame.records.quads_dithered)
 		paint_quad(view, quad, true, false);
 	paint_lines(view, lines_, frame.time, false);
-	const auto distance = [&](const Debug_quad_record* quad) {
-		double sum = 0;
-		for (const xylVec3& corner : quad->corners) sum += view.distance(corner);
-		return std::isfinite(sum) ? sum : 0;
-	};
-	std::stable_sort(clear.begin(), clear.end(),
-	                 [&](const auto* a, const auto* b) { return distance(a) > distance(b); });
-	for (const Debug_quad_record* quad : clear) paint_quad(view, *quad, false, false);
+	std::sort(clear.begin(), clear.end());
+	for (const auto& [nearness, i] : clear) paint_quad(view, quads[i], false, false);
 }
 
 void Painter::paint_quad(const View& view, const Debug_quad_record& quad, bool dithered,

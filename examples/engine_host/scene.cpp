@@ -139,7 +139,9 @@ void draw_scene(const World& world, const Watcher& watcher, const Sight& sight,
 	exact.add_object_space_grid(xylMatrix_frame::identity(), 4, 12, grid_color);
 	exact.add_debug_frame(xylMatrix_frame::identity(), 4, 0);
 	draw_frustum(watcher.frustum(), exact);
-	rounded.add_debug_coordinate_space(watcher.frame(), 3, nullptr, nullptr);
+	rounded.add_debug_coordinate_space(watcher.frame(), 4, nullptr, nullptr);
+	const xylInt_vec2 below(0, 22);
+	exact.add_debug_text(watcher.frame().origin, "watcher", frustum_color, &below, 0);
 	draw_hull(world, sight, exact);
 	draw_pick(world, sight, exact);
 	for (const Agent& agent : world.agents()) {

@@ -5,6 +5,12 @@
 
 #include <string>
 
+class xylHeap_allocator_link_list;
+
+// The engine's own allocator, made by run_system_round(). It stays to the end of the process, as
+// those of the library do.
+extern xylHeap_allocator_link_list* engine_allocator;
+
 struct System_round {
 	Table machine{{"this machine", ""}};
 	Table work{{"work", "amount", "ms", "as expected"}};
