@@ -133,6 +133,9 @@ function checkHostile() {
   const inside = ([x, y]) => x >= -1 && y >= -1 && x <= canvas.width + 1 && y <= canvas.height + 1;
   check("lines and faces end at the borders", state.items.every(({kind, points}) =>
     kind === "object" || kind === "text" || points.every(inside)));
+  const isWhole = ({kind, record}) => (kind === "quad" ? record.corners.flat()
+    : kind === "line" ? [...record.start, ...record.delta] : []).every(Number.isFinite);
+  check("what isn't finite is left out", state.items.every(isWhole));
   check("what is drawn is finite", state.items.every(({points}) => points.flat().every(Number.isFinite)));
   const good = state.items.find(item => item.kind === "text" && item.record.text.includes("good"));
   show(good);
