@@ -73,3 +73,8 @@ struct MORVANTIS_API xylMatrix_frame : xylMat3 {
 	xylVec3 origin;
 };
 static_assert(sizeof(xylMatrix_frame) == 64);
+
+// s, f, u and origin as the stream writes and reads vectors: twelve floats. The fourth floats are
+// neither written nor read: they stay as they were.
+MORVANTIS_API xylIO_Stream& operator<<(xylIO_Stream& stream, const xylMatrix_frame& frame);
+MORVANTIS_API xylIO_Stream& operator>>(xylIO_Stream& stream, xylMatrix_frame& frame);

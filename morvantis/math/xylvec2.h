@@ -5,6 +5,8 @@
 
 #include <iosfwd>
 
+class xylIO_Stream;
+
 struct xylVec2 {
 	// Leaves the components unset; xylVec2{} zeroes them.
 	xylVec2() = default;
@@ -34,3 +36,7 @@ inline xylVec2 operator/(const xylVec2& v, float divisor) { return v * (1.0f / d
 // "(x, y)" with the stream's float formatting.
 MORVANTIS_API std::basic_ostream<char>& operator<<(std::basic_ostream<char>& stream,
                                                    const xylVec2& v);
+
+// x and y as the stream writes and reads floats, for streams of any kind.
+MORVANTIS_API xylIO_Stream& operator<<(xylIO_Stream& stream, const xylVec2& v);
+MORVANTIS_API xylIO_Stream& operator>>(xylIO_Stream& stream, xylVec2& v);

@@ -7,6 +7,7 @@
 #include <iosfwd>
 
 class xylBuffer;
+class xylIO_Stream;
 struct xylVec3d;
 
 // A point, a direction or an extent, moved as one 128-bit unit.
@@ -144,3 +145,8 @@ inline float xylVec3::normalize() {
 // "(x, y, z)" with the stream's float formatting; the fourth float is left out.
 MORVANTIS_API std::basic_ostream<char>& operator<<(std::basic_ostream<char>& stream,
                                                    const xylVec3& v);
+
+// x, y and z as the stream writes and reads floats, for streams of any kind. The fourth float is
+// neither written nor read: it stays as it was.
+MORVANTIS_API xylIO_Stream& operator<<(xylIO_Stream& stream, const xylVec3& v);
+MORVANTIS_API xylIO_Stream& operator>>(xylIO_Stream& stream, xylVec3& v);
