@@ -611,6 +611,148 @@ TEST(Debug_shapes, NumbersThatAreNotFiniteEnd) {
 	}
 }
 
+// Every shape with a number that is not finite, or too large, in every place; the number of records
+// stays, except where it comes from a length.
+TEST(Debug_shapes, WildNumbersChangeNoCount) {
+	const float nan = std::numeric_limits<float>::quiet_NaN();
+	const float infinity = std::numeric_limits<float>::infinity();
+	int all[6] = {1, 1, 1, 1, 1, 1};
+	for (const float wild : {nan, infinity, -infinity, 3e38f, -3e38f, 1e20f}) {
+		SCOPED_TRACE(wild);
+		const xylVec3 v(wild, 1, wild);
+		xylMatrix_frame frame = sample_frame();
+		frame.f.y = wild;
+		frame.origin.z = wild;
+		const xylVec3 wild_corners[8] = {v, low, v, high, low, v, high, v};
+		struct Case {
+			const char* name;
+			Counts expected;
+			std::function<void(Records&)> add;
+		};
+		const Case cases[] = {
+			{"box with points",
+		     {12, 0, 0, 0},
+		     [&](Records& r) {
+				 r.add_debug_box_object_with_points(wild_corners, color, false, wild);
+			 }},
+			{"box",
+		     {12, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_box_object(v, low, 1, false, 0); }},
+			{"transformed box",
+		     {12, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_transformed_box(v, low, frame, 1, false, 0); }},
+			{"cube", {0, 0, 6, 0}, [&](Records& r) { r.add_debug_cube_box_object(v, low, color); }},
+			{"dithered cube",
+		     {0, 0, 0, 6},
+		     [&](Records& r) { r.add_debug_cube_box_object_dithered(v, low, color); }},
+			{"wireframe",
+		     {5, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_quad_wireframe(wild_corners, 4, color, false, 0); }},
+			{"sphere",
+		     {231, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_sphere(v, wild, 1, false, 0); }},
+			{"capsule",
+		     {294, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_capsule(v, low, wild, color, false, 0); }},
+			{"capsule, wild radius alone",
+		     {294, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_capsule(low, high, wild, color, false, 0); }},
+			{"capsule with two radii",
+		     {96, 0, 0, 0},
+		     [&](Records& r) {
+				 r.add_debug_capsule_with_two_radius(low, v, wild, 1, color, false, 0);
+			 }},
+			{"cone, wild radius",
+		     {40, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_cone(low, high, wild, color, false, 0); }},
+			{"solid cone",
+		     {0, 0, 12, 0},
+		     [&](Records& r) { r.add_debug_cone_solid(v, low, wild, frame, color, false, 0); }},
+			{"arrow",
+		     {1, 0, 6, 0},
+		     [&](Records& r) { r.add_debug_direction_arrow(low, v, color, false); }},
+			{"frame", {3, 0, 0, 0}, [&](Records& r) { r.add_debug_frame(frame, wild, wild); }},
+			{"coordinate space",
+		     {9, 0, 39, 0},
+		     [&](Records& r) { r.add_debug_coordinate_space(frame, wild, all, all); }},
+			{"coordinate space for scaling",
+		     {9, 0, 18, 0},
+		     [&](Records& r) {
+				 r.add_debug_coordinate_space_scale(frame, wild, all, all, 1, all, 0, wild);
+			 }},
+			{"rotation ends",
+		     {2, 0, 0, 0},
+		     [&](Records& r) { r.add_debug_rotation_area(frame, frame, v, low, wild, color, 4); }},
+			{"object space grid",
+		     {0, 20, 0, 0},
+		     [&](Records& r) { r.add_object_space_grid(frame, wild, 2, color); }},
+			{"ground grid", {0, 8, 0, 0}, [&](Records& r) { r.add_ground_grid(wild, 4, color); }},
+		};
+		for (const Case& c : cases) {
+			SCOPED_TRACE(c.name);
+			Records records;
+			c.add(records);
+			EXPECT_EQ(counts(records), c.expected);
+			for (const Debug_line_record& line : records.lines) {
+				EXPECT_EQ(line.color_start, line.color_end);
+			}
+		}
+		Records sweep;
+		sweep.add_debug_rotation_area(frame, frame, v, low, wild, color, 2);
+		EXPECT_LE(sweep.quads.size(), 252u);
+	}
+}
+
+// The fourth float of round shapes is the marker of points and deltas, whatever the numbers are.
+TEST(Debug_shapes, RoundShapesCarryTheMarker) {
+	const float marker = std::numeric_limits<float>::max();
+	const float infinity = std::numeric_limits<float>::infinity();
+	const xylVec3 other_fourth(1, 2, 3, 77);
+	for (const float radius : {1.0f, infinity, std::numeric_limits<float>::quiet_NaN(), 3e38f}) {
+		SCOPED_TRACE(radius);
+		Records records;
+		records.add_debug_sphere(other_fourth, radius, color, false, 0);
+		records.add_debug_capsule(other_fourth, high, radius, color, false, 0);
+		records.add_debug_capsule(other_fourth, {infinity, 0, 0}, radius, color, false, 0);
+		records.add_debug_capsule_with_two_radius(other_fourth, high, radius, 1, color, false, 0);
+		records.add_debug_cone(other_fourth, high, radius, color, false, 0);
+		ASSERT_FALSE(records.lines.empty());
+		for (const Debug_line_record& line : records.lines) {
+			ASSERT_EQ(line.start.w, marker);
+			ASSERT_EQ(line.delta.w, marker);
+		}
+	}
+}
+
+TEST(Debug_shapes, ZeroRadiiAndLengthsKeepTheirCounts) {
+	Records records;
+	records.add_debug_capsule(low, high, 0, color, false, 0);
+	EXPECT_EQ(records.lines.size(), 294u);
+	for (const Debug_line_record& line : records.lines) {
+		const bool is_side = line.delta == high - low;
+		EXPECT_TRUE(is_side || line.delta == xylVec3(0, 0, 0)) << line.delta;
+		EXPECT_TRUE(line.start == low || line.start == high) << line.start;
+	}
+	records.clear();
+	records.add_debug_capsule_with_two_radius(low, high, 0, 0, color, false, 0);
+	EXPECT_EQ(records.lines.size(), 96u);
+	records.clear();
+	records.add_debug_cone(low, high, 0, color, false, 0);
+	EXPECT_EQ(records.lines.size(), 40u);
+	for (size_t i = 0; i < 30; ++i) EXPECT_EQ(records.lines[i].delta, xylVec3(0, 0, 0));
+	for (size_t i = 30; i < 40; ++i) EXPECT_EQ(records.lines[i].delta, high - low);
+	records.clear();
+	records.add_debug_capsule(low, low, 1, color, false, 0); // no way from a to b
+	EXPECT_EQ(records.lines.size(), 294u);
+	records.clear();
+	records.add_debug_cone(low, low, 1, color, false, 0);
+	EXPECT_EQ(records.lines.size(), 20u);
+	records.clear();
+	records.add_debug_cone_solid(low, low, 0, xylMatrix_frame::identity(), color, false, 0);
+	ASSERT_EQ(records.quads.size(), 12u);
+	for (const Debug_quad_record& quad : records.quads) EXPECT_EQ(quad.corners[1], low);
+}
+
 TEST(Debug_shapes, AngleOnArc) {
 	constexpr double pi = std::numbers::pi;
 	struct Case {
