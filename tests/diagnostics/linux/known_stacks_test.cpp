@@ -105,9 +105,9 @@ TEST_F(Known_stacks_test, CallbacksOfTheCLibraryHaveItsFramesBetweenThem) {
 	const auto calling = std::find(lines.begin(), lines.end(), stacks[2].expected[2]);
 	ASSERT_LT(called, calling);
 	ASSERT_GT(calling - called, 1);
+	// Deferred, or with its symbol file; a sanitizer has its own function in front.
 	for (auto line = called + 1; line != calling; ++line)
-		EXPECT_THAT(*line,
-		            testing::MatchesRegex("[#@]libc.*")); // deferred, or with its symbol file
+		EXPECT_THAT(*line, testing::MatchesRegex("[#@]libc.*|.*interceptor_qsort.*"));
 }
 
 TEST_F(Known_stacks_test, StrippedImagesGiveDeferredLinesUntilTheirSymbolFileIsFound) {
