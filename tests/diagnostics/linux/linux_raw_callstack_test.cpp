@@ -25,7 +25,8 @@ namespace {
 using Addresses = std::vector<xylUInt64>;
 using Work = void (*)(void* data);
 
-volatile int left_to_do; // work behind each call, so that none ends its function
+// Work behind each call, so that none ends its function.
+thread_local volatile int left_to_do;
 
 Addresses addresses_of(const zubRaw_callstack& stack) {
 	Addresses addresses;
