@@ -170,11 +170,11 @@ bool os::Elf_symbols::open(const char* path) {
 }
 
 void os::Elf_symbols::close() {
-	for (Unit* const unit : units_) {
+	while (Unit* const unit = units_) {
+		units_ = unit->earlier;
 		unit->~Unit();
 		std::free(unit);
 	}
-	units_.clear();
 	if (dwarf_) dwarf_end(dwarf_);
 	if (elf_) elf_end(elf_);
 	if (file_ >= 0) ::close(file_);
@@ -345,15 +345,11 @@ bool os::Elf_symbols::unit_in_table(xylUInt64 address, Dwarf_Off& die) {
 }
 
 os::Elf_symbols::Unit* os::Elf_symbols::unit_of(Dwarf_Off die) {
-	for (Unit* const unit : units_)
+	for (Unit* unit = units_; unit; unit = unit->earlier)
 		if (unit->die == die) return unit;
 	void* const memory = std::malloc(sizeof(Unit));
-	if (!memory) return nullptr;
-	Unit* const unit = new (memory) Unit(die);
-	if (units_.push(unit)) return unit;
-	unit->~Unit();
-	std::free(memory);
-	return nullptr;
+	if (memory) units_ = new (memory) Unit(die, units_);
+	return memory ? units_ : nullptr;
 }
 
 // Goes on reading units until the one with the code at `address` is met.

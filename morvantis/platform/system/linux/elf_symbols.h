@@ -87,9 +87,10 @@ private:
 	};
 	// A compilation unit of which something was asked.
 	struct Unit {
-		explicit Unit(Dwarf_Off offset) : die(offset) {}
+		Unit(Dwarf_Off offset, Unit* before) : die(offset), earlier(before) {}
 
 		Dwarf_Off die;
+		Unit* earlier; // the one that was asked before it first was; null for the first of all
 		Range_index functions;
 		Plain_array<Dwarf_Off> namespaces; // met so far
 		Dwarf_Die next;                    // where the walk goes on
@@ -137,7 +138,7 @@ private:
 	Elf_Scn* unit_table_ = nullptr; // .debug_aranges, where the compiler wrote it
 	Range_index unit_ranges_;
 	Dwarf_CU* last_unit_ = nullptr; // read so far
-	Plain_array<Unit*> units_;      // those that were asked something; owned
+	Unit* units_ = nullptr;         // those that were asked something, the latest first; owned
 };
 
 } // namespace os

@@ -21,8 +21,6 @@ public:
 		values_[count_++] = value;
 		return true;
 	}
-	void pop() { --count_; }
-	void clear() { count_ = 0; }
 
 	size_t size() const { return count_; }
 	T& operator[](size_t index) { return values_[index]; }
