@@ -9,7 +9,7 @@
 namespace {
 
 // How often each pixel may be painted on the average.
-constexpr long long paints_per_pixel = 60;
+constexpr long long paints_per_pixel = 30;
 
 unsigned char mixed(unsigned char below, float above, float share) {
 	const float value = static_cast<float>(below);

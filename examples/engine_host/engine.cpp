@@ -73,9 +73,8 @@ void Engine::record_frame(int number) {
 	faces_ += frame.records.quads.size() + frame.records.quads_dithered.size() +
 	          frame.records.quads_alternate.size();
 	texts_ += frame.records.texts.size();
-	char name[32];
-	xyl_snprintf(name, sizeof(name), "/frame_%03d.png", number);
-	is_well_ &= painting_.time([&] { return painter_.paint(frame).save_png(options_.out + name); });
+	is_well_ &= painting_.time(
+		[&] { return painter_.paint(frame).save_png(picture_path(options_.out, number)); });
 }
 
 // The bytes of the exact records, and how many rounded ones there are.

@@ -58,11 +58,8 @@ int draw_file(const Run_options& options) {
 	painter.load_font(file_beside_program("font.ttf"));
 	Frame frame;
 	bool is_well = true;
-	for (int number = 0; reader.next(&frame); ++number) {
-		char name[32];
-		xyl_snprintf(name, sizeof(name), "/frame_%03d.png", number);
-		is_well &= painter.paint(frame).save_png(options.out + name);
-	}
+	for (int number = 0; reader.next(&frame); ++number)
+		is_well &= painter.paint(frame).save_png(picture_path(options.out, number));
 	size_t page_size = 0;
 	is_well &= write_page(file_beside_program("page.html"), bytes.get_buffer_from_start(),
 	                      static_cast<size_t>(bytes.get_length()), options.out + "/frames.html",

@@ -1,5 +1,7 @@
 #include "picture.h"
 
+#include <morvantis/core/xylreport.h> // xyl_snprintf
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -30,6 +32,12 @@ bool is_near_canvas(double x, double y) {
 }
 
 } // namespace
+
+std::string picture_path(const std::string& folder, int number) {
+	char name[32];
+	xyl_snprintf(name, sizeof(name), "/frame_%03d.png", number);
+	return folder + name;
+}
 
 float Painter::freshness(float time, float time_stamp, float duration) {
 	if (!(duration > 0)) return 1;

@@ -5,8 +5,11 @@
 #include "recording.h"
 #include "view.h"
 
-#include <deque>
+#include <string>
 #include <vector>
+
+// Where the picture of a frame goes: frame_000.png and on.
+std::string picture_path(const std::string& folder, int number);
 
 // Frames are drawn in their order, for a record with a duration stays for the frames that follow.
 // Records of any numbers are taken: what isn't finite or not in sight is left out.
