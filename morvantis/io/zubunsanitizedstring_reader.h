@@ -50,7 +50,8 @@ public:
 	// A string of the stated length. False, without a message and with `value` holding what came
 	// together, if the words are longer than that, as well as for a negative length or none.
 	//
-	// kept: a text that ends early is filled up with blanks to the length, which counts as read.
+	// kept: a text that ends early is filled up with blanks to the length, which counts as read. A
+	// word is also taken where the blank behind the last one has made the string long enough.
 	bool read(xylVarString& value) override;
 
 	xylVarString source; // the text, with the cursor at what is read next
