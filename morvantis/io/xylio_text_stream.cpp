@@ -25,15 +25,15 @@ inline void move_cursor_to(xylVarString& buffer, const char* at) {
 	buffer.reset_cursor(static_cast<int>(at - buffer.char_p()));
 }
 
-// The start of the next token where it stands, if a separator ends it there; null for one in
-// quotes, in a text without a terminator, and where there is none.
+// The start of the next token where it stands; null where there is none, and in a text without a
+// terminator, which a reader of digits might run past.
 inline const char* token_in_place(const xylVarString& buffer) {
 	if (buffer.eof()) return nullptr;
 	const char* at = static_cast<const char*>(buffer.buffer_p());
 	const char* const end = at + buffer.stream_length();
 	if (!ascii::is_separator(*end)) return nullptr;
 	while (at != end && ascii::is_separator(*at)) ++at;
-	return at == end || *at == '"' ? nullptr : at;
+	return at == end ? nullptr : at;
 }
 
 // The next token of a stream, in the area that bounds its length.
@@ -52,7 +52,8 @@ private:
 };
 
 // Reads a number by `read` from the next token, and moves the cursor behind that. Most tokens are
-// nothing but a number: those are read where they stand, all others from a copy.
+// nothing but a number: those are read where they stand, all others (in quotes, with something
+// behind the number, too long) from a copy.
 template <auto read> inline auto read_number(xylIO_text_stream& stream) {
 	if (const char* const start = token_in_place(stream.buffer)) {
 		const char* const text_end = stream.buffer.char_p() + stream.buffer.length();

@@ -58,6 +58,25 @@ TEST(number_parse, AgreesWithTheCLibraryOnRandomTexts) {
 	}
 }
 
+// Decimals without an exponent, of as many digits as an integer of 64 bits holds and of more, with
+// the point anywhere: what is read by one division, and what no longer can be.
+TEST(number_parse, AgreesWithTheCLibraryOnPlainDecimals) {
+	std::mt19937_64 random(20264);
+	for (int i = 0; i < 300000; ++i) {
+		std::string text = std::to_string(random() >> random() % 64);
+		if (random() % 4 == 0) text += std::to_string(random() % 1000);
+		if (random() % 4 == 0) text.insert(0, std::string(random() % 12, '0'));
+		text.insert(random() % (text.size() + 1), ".");
+		if (random() % 2) text.insert(0, "-");
+		const double expected = std::strtod(text.c_str(), nullptr);
+		for (const xylInt64 readable : {xylInt64{0}, static_cast<xylInt64>(text.size())}) {
+			ASSERT_EQ(bits_of(number_parse::read_double(text.c_str(), readable).value),
+			          bits_of(expected))
+				<< text;
+		}
+	}
+}
+
 TEST(number_parse, AgreesWithTheCLibraryAroundFloatMidpoints) {
 	std::mt19937 random(20263);
 	char text[512];
