@@ -13,25 +13,24 @@ constexpr xylUInt64 round_up(xylUInt64 value, xylUInt64 step) {
 	return (value + step - 1) / step * step;
 }
 
-// The descriptor of the first build-id note; null without one. Each note's name and descriptor end
-// at a multiple of `step` from its beginning.
-const unsigned char* search_notes(Byte_reader notes, xylUInt64 step) {
+} // namespace
+
+Build_id_note find_build_id_note(const unsigned char* bytes, size_t size, size_t step) {
+	Byte_reader notes{bytes, bytes + size};
 	while (notes.left() > 0 && !notes.failed) {
 		const auto note = notes.take<Elf64_Nhdr>();
 		const Byte_reader name =
 			notes.take_bytes(round_up(sizeof(note) + note.n_namesz, step) - sizeof(note));
 		const Byte_reader id = notes.take_bytes(note.n_descsz);
-		if (notes.failed) return nullptr;
+		if (notes.failed) return {};
 		if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == sizeof(ELF_NOTE_GNU) &&
 		    std::memcmp(name.position, ELF_NOTE_GNU, sizeof(ELF_NOTE_GNU)) == 0) {
-			return id.left() >= 8 ? id.position : nullptr;
+			return {id.position, id.left()};
 		}
 		notes.take_bytes(round_up(note.n_descsz, step) - note.n_descsz);
 	}
-	return nullptr;
+	return {};
 }
-
-} // namespace
 
 const unsigned char* find_build_id(const unsigned char* first_page) {
 	Byte_reader page{first_page, first_page + page_size};
@@ -51,8 +50,9 @@ const unsigned char* find_build_id(const unsigned char* first_page) {
 		notes.take_bytes(segment.p_vaddr - image_start);
 		if (notes.left() < segment.p_memsz) continue;
 		notes = notes.take_bytes(segment.p_memsz);
-		const auto* const id = search_notes(notes, segment.p_align == 8 ? 8 : 4);
-		if (id) return id;
+		const Build_id_note id =
+			find_build_id_note(notes.position, notes.left(), segment.p_align == 8 ? 8 : 4);
+		if (id.size >= 8) return id.bytes;
 	}
 	return nullptr;
 }

@@ -117,9 +117,11 @@ void os::Minidump_writer::write(const Dump& dump, const Exception_pointers& exce
 	write_threads();
 	write_surroundings();
 	release_threads();
-	write_thread_list();
-	write_module_list();
-	write_memory_list();
+	// The program comes first: debuggers take the first module for it.
+	if (program_index_ != 0) std::swap(modules_[0], modules_[program_index_]);
+	write_list(thread_list_stream, threads_.data(), thread_count_);
+	write_list(module_list_stream, modules_.data(), module_count_);
+	write_list(memory_list_stream, ranges_.data(), range_count_);
 	write_exception();
 	write_system_info();
 	write_misc_info();
@@ -288,30 +290,13 @@ void os::Minidump_writer::write_area(xylUInt64 address) {
 
 // --- Lists and small records
 
-void os::Minidump_writer::write_thread_list() {
+template <typename Record>
+void os::Minidump_writer::write_list(Stream_type type, const Record* records, size_t count) {
 	begin_stream();
-	const auto count = static_cast<xylUInt32>(thread_count_);
-	output_.append(&count, sizeof(count));
-	output_.append(threads_.data(), thread_count_ * sizeof(Thread));
-	end_stream(thread_list_stream);
-}
-
-// The program comes first: debuggers take the first module for it.
-void os::Minidump_writer::write_module_list() {
-	if (program_index_ != 0) std::swap(modules_[0], modules_[program_index_]);
-	begin_stream();
-	const auto count = static_cast<xylUInt32>(module_count_);
-	output_.append(&count, sizeof(count));
-	output_.append(modules_.data(), module_count_ * sizeof(Module));
-	end_stream(module_list_stream);
-}
-
-void os::Minidump_writer::write_memory_list() {
-	begin_stream();
-	const auto count = static_cast<xylUInt32>(range_count_);
-	output_.append(&count, sizeof(count));
-	output_.append(ranges_.data(), range_count_ * sizeof(Memory_range));
-	end_stream(memory_list_stream);
+	const auto count_in_file = static_cast<xylUInt32>(count);
+	output_.append(&count_in_file, sizeof(count_in_file));
+	output_.append(records, count * sizeof(Record));
+	end_stream(type);
 }
 
 // Only what the kernel itself raises has an address with a meaning; a signal that somebody sent is

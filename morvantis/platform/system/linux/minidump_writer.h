@@ -59,9 +59,8 @@ private:
 	void write_area(xylUInt64 address);
 	void add_range(const minidump::Memory_range& range);
 	// The lists and the small records.
-	void write_thread_list();
-	void write_module_list();
-	void write_memory_list();
+	template <typename Record>
+	void write_list(minidump::Stream_type type, const Record* records, size_t count);
 	void write_exception();
 	void write_system_info();
 	void write_misc_info();
