@@ -60,7 +60,7 @@ def main():
         with open(pathlib.Path(folder, "output"), "w+", errors="replace") as output:
             crash = subprocess.run(
                 options.program + [options.kind, folder] + (["thread"] if options.thread else []),
-                stdin=subprocess.DEVNULL, stdout=output, stderr=output, timeout=120)
+                stdin=subprocess.DEVNULL, stdout=output, stderr=output, timeout=240)
             output.seek(0)
             said = output.read()
         dump = pathlib.Path(folder, "dump.dmp")

@@ -13,7 +13,12 @@ xylVarString* dump_folder = nullptr; // made in good time
 
 LONG WINAPI on_exception(EXCEPTION_POINTERS* exception) {
 	zubPlatform::write_minidump(*dump_folder, exception);
-	write_raw_stack(exception->ContextRecord, dump_folder->char_p());
+	CONTEXT& context = *exception->ContextRecord;
+	if (context.Rip == 0) { // a call of nothing: a raw stack begins with the caller
+		context.Rip = *reinterpret_cast<DWORD64*>(context.Rsp);
+		context.Rsp += sizeof(DWORD64);
+	}
+	write_raw_stack(&context, dump_folder->char_p());
 	TerminateProcess(GetCurrentProcess(), 3);
 	return EXCEPTION_CONTINUE_SEARCH;
 }
