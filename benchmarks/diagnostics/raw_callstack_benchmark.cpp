@@ -1,6 +1,7 @@
 // Walks of 33 frames: warm, from a context, and through code that was not walked before; beside the
 // C library's, the compiler's and libunwind's. The last is loaded and not linked, since it would
 // put itself in place of the other two.
+#include <morvantis/diagnostics/zubcallstack_helpers.h>
 #include <morvantis/diagnostics/zubraw_callstack.h>
 
 #include <benchmark/benchmark.h>
@@ -154,15 +155,20 @@ template <typename Walker> void walk_unseen(benchmark::State& state) {
 BENCHMARK(walk_unseen<Ours>)->Name("walk_unseen/ours");
 BENCHMARK(walk_unseen<Compiler>)->Name("walk_unseen/_Unwind_Backtrace");
 
-// Reading the images' identities is in the first; what remains is one line of text per frame.
-void stack_text(benchmark::State& state) {
+// One line of text per frame. Cold, the images of the process are listed and their identities read
+// first.
+template <bool is_cold> void stack_text(benchmark::State& state) {
 	zubRaw_callstack stack;
 	auto capture = [&] { stack.capture(nullptr, 0); };
 	run_deep(0, missing_depth(), capture);
-	for (auto _ : state) benchmark::DoNotOptimize(stack.get_stack_str());
+	for (auto _ : state) {
+		if (is_cold) zubCallstack_helpers::clear_module_cache();
+		benchmark::DoNotOptimize(stack.get_stack_str());
+	}
 	state.counters["frames"] = stack.get_frame_count();
 }
-BENCHMARK(stack_text)->Name("stack_text/ours");
+BENCHMARK(stack_text<false>)->Name("stack_text/ours");
+BENCHMARK(stack_text<true>)->Name("stack_text_cold/ours");
 
 // What the C library makes of the same stack: names of exported functions where there are any.
 void stack_text_of_c_library(benchmark::State& state) {
@@ -176,5 +182,6 @@ void stack_text_of_c_library(benchmark::State& state) {
 	state.counters["frames"] = walker.count;
 }
 BENCHMARK(stack_text_of_c_library)->Name("stack_text/backtrace_symbols");
+BENCHMARK(stack_text_of_c_library)->Name("stack_text_cold/backtrace_symbols");
 
 } // namespace
