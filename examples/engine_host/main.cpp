@@ -1,4 +1,10 @@
 // A small engine on top of the library: the host that a newcomer runs first.
+//
+// Read on in engine.cpp (the loop of ticks and frames), agents.cpp and watcher.cpp (what is
+// simulated, culled and picked), scene.cpp (what is drawn through the debug records),
+// recording.cpp, picture.cpp and page.html (what the host makes of the records), second_host.cpp
+// (the other end of the road), mishaps.cpp (warnings with their stacks, and a crash). The rounds
+// try out one family each: system_round.cpp, culling.cpp, state_files.cpp.
 
 #include "../shared/table.h"
 #include "culling.h"
