@@ -96,5 +96,8 @@ extern "C" [[gnu::visibility("default")]] int known_places(Known_place* places) 
 	int numbers[] = {1, 2};
 	std::qsort(numbers, 2, sizeof(int), compare);
 	if (setjmp(way_out) == 0) known::never_returns();
+#ifdef OTHER_BUILD
+	counter = 14; // one optimiser's levels may make the same code
+#endif
 	return static_cast<int>(next_place - places);
 }
