@@ -22,7 +22,7 @@ PARAGRAPH = re.compile(r"(Threads|Failure|Allocation|Lifetime|Preconditions?|kep
 
 def words_of(text):
     """The text of a comment's line with its conventions as commands."""
-    text = re.sub(r"([@#\\<])", r"\\\1", text)
+    text = re.sub(r"([@#\\])", r"\\\1", text)
     if match := PARAMETER.match(text):
         return f"@param {match[1]} {match[2]}"
     if match := RESULT.match(text):
