@@ -1,5 +1,7 @@
 #include "system_round.h"
 
+#include "../shared/road.h"
+
 #include <morvantis/core/xylguid_generator.h>
 #include <morvantis/core/xylrandom_generator.h>
 #include <morvantis/io/xylnative_file.h>
@@ -21,17 +23,13 @@ namespace {
 
 constexpr double mib = 1024 * 1024;
 
-// Milliseconds since it was made.
-class Stopwatch {
-public:
-	double ms() const {
-		return static_cast<double>(zubPlatform::get_timestamp_counter() - start_) * 1000.0 /
-		       static_cast<double>(zubPlatform::get_timestamp_counter_frequency());
-	}
-
-private:
-	xylInt64 start_ = zubPlatform::get_timestamp_counter();
-};
+// One line of the work: what `work` answers, and how long it takes.
+template <typename Work>
+void try_out(System_round& round, const char* what, const std::string& amount, Work work) {
+	Stopwatch watch;
+	const bool is_right = watch.time(work);
+	round.add(what, amount, watch.mean_microseconds() / 1000, is_right);
+}
 
 void describe_machine(Table& table) {
 	const xylCPU_description cpu = zubPlatform::get_cpu_description();
@@ -54,9 +52,8 @@ void describe_machine(Table& table) {
 }
 
 // Blocks of all sizes from one allocator, given back in another order, twice.
-void give_and_take_memory(System_round& round) {
+bool give_and_take_memory() {
 	using Allocator = xylHeap_allocator_link_list;
-	const Stopwatch watch;
 	Allocator* const allocator = new (xyl_heap_allocate(sizeof(Allocator)))
 		Allocator(xylMemory_allocator_globals::page_allocator_);
 	engine_allocator = allocator;
@@ -77,9 +74,8 @@ void give_and_take_memory(System_round& round) {
 		allocator->clear_ptrs();
 	}
 	// All blocks are back: one free range holds all that was taken from the pages.
-	is_right &= allocator->free_list_ && !allocator->free_list_->next &&
-	            allocator->free_list_->size == allocator->get_total_allocation_size();
-	round.add("memory given and taken", "20,000 blocks", watch.ms(), is_right);
+	return is_right && allocator->free_list_ && !allocator->free_list_->next &&
+	       allocator->free_list_->size == allocator->get_total_allocation_size();
 }
 
 void write_and_read_file(System_round& round, const std::string& path) {
@@ -89,36 +85,35 @@ void write_and_read_file(System_round& round, const std::string& path) {
 	const xylUInt64 size = words.size() * sizeof(words[0]);
 	constexpr int writing = xylFile_access_read | xylFile_access_write;
 
-	const Stopwatch write_watch;
-	xylNative_file file(path.c_str(), writing, xylFile_flag_create_always);
-	const bool is_written = file.is_valid() && file.write(words.data(), size) == size;
-	round.add("file written", "4 MiB", write_watch.ms(), is_written);
-
-	const Stopwatch read_watch;
-	file.set_pointer(0, xylFile_from_start);
-	const bool is_read = file.read(read.data(), size) == size && read == words && file.close();
-	round.add("file read", "4 MiB", read_watch.ms(), is_read);
-
+	xylNative_file file;
+	try_out(round, "file written", "4 MiB", [&] {
+		return file.open(path.c_str(), writing, xylFile_flag_create_always) &&
+		       file.write(words.data(), size) == size;
+	});
+	try_out(round, "file read", "4 MiB", [&] {
+		file.set_pointer(0, xylFile_from_start);
+		return file.read(read.data(), size) == size && read == words && file.close();
+	});
 	read.assign(read.size(), 0);
-	const Stopwatch async_watch;
-	xylNative_file_async async(path.c_str(), xylFile_access_read, xylFile_flag_open_existing);
-	async.read(read.data(), size);
-	xylUInt64 count = 0;
-	const bool is_complete = async.get_async_status(&count, true) == xylAsync_io_completed;
-	round.add("file read, overlapped", "4 MiB", async_watch.ms(),
-	          is_complete && count == size && read == words && async.close());
+	try_out(round, "file read, overlapped", "4 MiB", [&] {
+		xylNative_file_async async(path.c_str(), xylFile_access_read, xylFile_flag_open_existing);
+		async.read(read.data(), size);
+		xylUInt64 count = 0;
+		return async.get_async_status(&count, true) == xylAsync_io_completed && count == size &&
+		       read == words && async.close();
+	});
 }
 
 void make_and_delete_folders(System_round& round, const std::string& out) {
 	const xylVarString top((out + "/system_round").c_str());
 	zubPlatform::remove_directory(top); // of an earlier run that was broken off
-	bool is_right = zubPlatform::create_directory(top);
 	const xylVarString inner((out + "/system_round/inner").c_str());
-	is_right &= zubPlatform::create_directory(inner);
+	const bool is_made = zubPlatform::create_directory(top) && zubPlatform::create_directory(inner);
 	write_and_read_file(round, (out + "/system_round/inner/words").c_str());
-	const Stopwatch watch;
-	is_right &= zubPlatform::remove_directory(top) && !zubPlatform::is_directory_exists(top);
-	round.add("tree deleted", "2 folders", watch.ms(), is_right);
+	try_out(round, "tree deleted", "2 folders", [&] {
+		return zubPlatform::remove_directory(top) && !zubPlatform::is_directory_exists(top) &&
+		       is_made;
+	});
 }
 
 void read_words(System_round& round) {
@@ -128,19 +123,19 @@ void read_words(System_round& round) {
 		text += "agent " + std::to_string(i * 7) + " \"left behind\"\n";
 		expected += i * 7;
 	}
-	const Stopwatch watch;
-	xylVarString script(text.c_str()), word;
-	long long sum = 0;
-	for (int i = 0; i < 10000; ++i) {
-		script.next_token_str(word);
-		sum += script.next_token_int();
-		script.next_token_str(word);
-	}
-	round.add("script read by words", "30,000 words", watch.ms(), sum == expected);
+	try_out(round, "script read by words", "30,000 words", [&] {
+		xylVarString script(text.c_str()), word;
+		long long sum = 0;
+		for (int i = 0; i < 10000; ++i) {
+			script.next_token_str(word);
+			sum += script.next_token_int();
+			script.next_token_str(word);
+		}
+		return sum == expected;
+	});
 }
 
-void make_guids(System_round& round) {
-	const Stopwatch watch;
+bool make_guids() {
 	xylGuid_generator generator;
 	bool is_right = true;
 	for (int i = 0; i < 1000; ++i) {
@@ -151,7 +146,7 @@ void make_guids(System_round& round) {
 		const xylGuid_type read = xylGuid_generator::string_to_guid(text.char_p());
 		is_right &= generator.is_valid_guid(text) && std::memcmp(&read, &guid, sizeof(guid)) == 0;
 	}
-	round.add("GUIDs made, written, read", "1,000", watch.ms(), is_right);
+	return is_right;
 }
 
 } // namespace
@@ -164,9 +159,9 @@ void System_round::add(const char* what, const std::string& amount, double ms, b
 System_round run_system_round(const std::string& out) {
 	System_round round;
 	describe_machine(round.machine);
-	give_and_take_memory(round);
+	try_out(round, "memory given and taken", "20,000 blocks", give_and_take_memory);
 	make_and_delete_folders(round, out);
 	read_words(round);
-	make_guids(round);
+	try_out(round, "GUIDs made, written, read", "1,000", make_guids);
 	return round;
 }
