@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -53,6 +54,24 @@ TEST_F(Convex_polygon_drawing_test, EachEdgeIsALineHalfAboveTheGround) {
 	triangle.debug_render(1, false, 0);
 	EXPECT_EQ(records.lines.size(), 3u);
 	EXPECT_TRUE(records.lines_alternate.empty());
+}
+
+TEST_F(Convex_polygon_drawing_test, ManyEdgesAreLinesInTheirOrder) {
+	xylArray<xylVec2> circle;
+	for (int i = 0; i < 200; ++i) {
+		const float angle = static_cast<float>(i) * 0.0314159265f;
+		circle.push_back({100 * std::cos(angle), 100 * std::sin(angle)});
+	}
+	const xylConvex_polygon polygon = polygon_of(circle);
+	ASSERT_GT(polygon.points.size(), 150u);
+	polygon.debug_render(1, false, 0);
+	ASSERT_EQ(records.lines.size(), polygon.points.size());
+	for (size_t i = 0; i < polygon.points.size(); ++i) {
+		const xylVec2& a = polygon.points[i];
+		const xylVec2& b = polygon.points[(i + 1) % polygon.points.size()];
+		EXPECT_EQ(records.lines[i].start, xylVec3(a.x, a.y, 0.5f)) << i;
+		EXPECT_EQ(records.lines[i].delta, xylVec3(b.x - a.x, b.y - a.y, 0)) << i;
+	}
 }
 
 TEST_F(Convex_polygon_drawing_test, DegenerateOnesDrawTheirEdges) {

@@ -25,6 +25,28 @@ namespace {
 
 constexpr float float_max = std::numeric_limits<float>::max();
 
+// The private operations: an explicit instantiation may name them.
+bool comes_before(const xylVec2& a, const xylVec2& b);
+bool lies_apart_on(const xylVec2& axis, const xylConvex_polygon& a, const xylConvex_polygon& b);
+void sort_array(Points& input);
+void sort_plain_array(xylVec2* input, int count);
+template <bool (*comparator)(const xylVec2&, const xylVec2&),
+          bool (xylConvex_polygon::*question)(const xylVec2&, const xylConvex_polygon&,
+                                              const xylConvex_polygon&) const,
+          void (*of_array)(Points&), void (*of_plain_array)(xylVec2*, int)>
+struct Private_operations {
+	friend bool comes_before(const xylVec2& a, const xylVec2& b) { return comparator(a, b); }
+	friend bool lies_apart_on(const xylVec2& axis, const xylConvex_polygon& a,
+	                          const xylConvex_polygon& b) {
+		return (xylConvex_polygon().*question)(axis, a, b);
+	}
+	friend void sort_array(Points& input) { of_array(input); }
+	friend void sort_plain_array(xylVec2* input, int count) { of_plain_array(input, count); }
+};
+template struct Private_operations<&xylConvex_polygon::xy_comparator,
+                                   &xylConvex_polygon::is_axis_seperating, &xylConvex_polygon::sort,
+                                   &xylConvex_polygon::sort>;
+
 xylConvex_polygon hull(std::initializer_list<xylVec2> points) { return hull_of(Points(points)); }
 xylConvex_polygon square(float low, float high) {
 	return hull({{low, low}, {high, low}, {high, high}, {low, high}});
@@ -152,6 +174,40 @@ TEST(xylConvex_polygon, InputIsLeftSortedAndWholeInBothForms) {
 	}
 }
 
+TEST(xylConvex_polygon, PointsCompareByXThenByY) {
+	struct Case {
+		xylVec2 a, b;
+		bool is_before;
+	};
+	const Case cases[] = {
+		{{1, 9}, {2, 0}, true},
+		{{1, 2}, {1, 3}, true},
+		{{1, 2}, {1, 2}, false},
+		{{-2, 0}, {-1, 0}, true},
+		{{-0.0f, 1}, {0, 2}, true},
+		{{0, 1}, {-0.0f, 2}, true},
+		{{not_a_number, 1}, {0, 2}, false},
+		{{0, not_a_number}, {0, 2}, false},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(testing::Message() << c.a << c.b);
+		EXPECT_EQ(comes_before(c.a, c.b), c.is_before);
+		EXPECT_FALSE(comes_before(c.b, c.a));
+	}
+}
+
+TEST(xylConvex_polygon, SortsArraysOfBothForms) {
+	const Points before = {{2, 0}, {1, 3}, {2, -1}, {1, 2}, {-5, 7}};
+	const Points sorted = {{-5, 7}, {1, 2}, {1, 3}, {2, -1}, {2, 0}};
+	Points array = before, plain_array = before;
+	sort_array(array);
+	EXPECT_EQ(array, sorted);
+	sort_plain_array(plain_array.data() + 1, 0); // nothing
+	EXPECT_EQ(plain_array, before);
+	sort_plain_array(plain_array.data(), 5);
+	EXPECT_EQ(plain_array, sorted);
+}
+
 // Equal x in both zeros, more than a few points: sorted by y across the two.
 TEST(xylConvex_polygon, BothZerosAreOneNumber) {
 	for (const int count : {4, 300}) {
@@ -248,6 +304,7 @@ TEST(xylConvex_polygon, AreaIsThatOfTheCorners) {
 	EXPECT_EQ(square(1, 4).get_area(), 9);
 	EXPECT_EQ(hull({{0, 0}, {4, 0}, {0, 3}}).get_area(), 6);
 	EXPECT_EQ(hull({{0, 0}, {4, 3}}).get_area(), 0);
+	EXPECT_EQ(hull({{1e20f, 1e20f}, {2e20f, 1e20f}}).get_area(), 0); // their products are infinite
 	EXPECT_EQ(xylConvex_polygon().get_area(), 0);
 	xylConvex_polygon clockwise;
 	clockwise.points = {{0, 0}, {0, 3}, {4, 0}};
@@ -299,7 +356,58 @@ TEST(xylConvex_polygon, ClosestPositionOfDegenerateOnes) {
 	EXPECT_EQ(out, xylVec2(-1, -1));
 }
 
+// kept: the end of an edge counts from beyond it only, so where rounding has lost the end, the
+// point that the steps lead to is taken for a point of the border.
+TEST(xylConvex_polygon, ParameterOfExactlyOneStepsAlongTheEdge) {
+	const xylConvex_polygon long_one = hull({{1, 0}, {1e8f, 0}});
+	xylVec2 out(-1, -1);
+	EXPECT_EQ(long_one.get_closest_boundary_position({0, 0}, out), 0);
+	EXPECT_EQ(out, xylVec2(0, 0)); // 1e8 - (1e8 - 1) in single precision
+}
+
+TEST(xylConvex_polygon, EdgeWhoseSquareIsZeroIsItsFirstEnd) {
+	const xylConvex_polygon tiny = hull({{0, 0}, {1e-30f, 0}});
+	xylVec2 out(-1, -1);
+	EXPECT_EQ(tiny.get_closest_boundary_position({1, 0}, out), 1);
+	EXPECT_EQ(out, xylVec2(0, 0));
+}
+
+// An edge whose square is infinite has no parameter: its first end stands for it.
+TEST(xylConvex_polygon, ParameterThatIsNoNumberIsTheFirstEnd) {
+	const xylConvex_polygon huge = hull({{0, 0}, {1e20f, 0}});
+	xylVec2 out(-1, -1);
+	EXPECT_EQ(huge.get_closest_boundary_position({1e19f, 0}, out), 1e19f);
+	EXPECT_EQ(out, xylVec2(0, 0));
+}
+
 // --- Collisions
+
+TEST(xylConvex_polygon, AxisSeparatesOnlyProjectionsThatDoNotTouch) {
+	const xylConvex_polygon polygon = square(0, 4), beside = box(4, 9, 6, 11);
+	struct Case {
+		const char* name;
+		xylVec2 axis;
+		const xylConvex_polygon &a, &b;
+		bool expected;
+	};
+	const xylConvex_polygon far_off = box(5, 0, 6, 4), empty;
+	const Case cases[] = {
+		{"touching", {1, 0}, polygon, beside, false},
+		{"apart", {0, 1}, polygon, beside, true},
+		{"apart, of any length", {0, -0.001f}, polygon, beside, true},
+		{"apart in x", {1, 0}, polygon, far_off, true},
+		{"one in the other", {0, 1}, polygon, far_off, false},
+		{"no axis", {0, 0}, polygon, far_off, false},
+		{"no numbers", {not_a_number, 1}, polygon, far_off, true}, // no projection at all
+		{"an empty one", {1, 0}, polygon, empty, true},
+		{"two empty ones", {1, 0}, empty, empty, true},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.name);
+		EXPECT_EQ(lies_apart_on(c.axis, c.a, c.b), c.expected);
+		EXPECT_EQ(lies_apart_on(c.axis, c.b, c.a), c.expected);
+	}
+}
 
 TEST(xylConvex_polygon, TouchingPolygonsCollide) {
 	const xylConvex_polygon polygon = square(0, 4);
@@ -416,6 +524,18 @@ TEST(xylConvex_polygon, ShadowOfABoxIsTheHullOfItsCorners) {
 	box.min = box.max = {3, 3, 0};
 	EXPECT_TRUE(collides_at(0, 0));
 	EXPECT_FALSE(collides_at(3, 0));
+}
+
+// A bounding box leaves a frame that is nearly the identity out; its shadow doesn't.
+TEST(xylConvex_polygon, ShadowFollowsFramesThatAreNearlyTheIdentity) {
+	const xylConvex_polygon polygon = square(0, 4);
+	xylBounding_box box;
+	box.min = {4, 0, 0};
+	box.max = {5, 4, 1};
+	xylMatrix_frame frame = xylMatrix_frame::identity();
+	EXPECT_TRUE(polygon.check_collision_with_transformed_bounding_box_2d(box, frame));
+	frame.origin.x = 5e-5f;
+	EXPECT_FALSE(polygon.check_collision_with_transformed_bounding_box_2d(box, frame));
 }
 
 // --- Against the plain steps and the model in double
@@ -576,6 +696,8 @@ TEST(xylConvex_polygon, AnyNumbersAreTakenAndKept) {
 		xylVec2 out(0, 0);
 		const float distance = polygon.get_closest_boundary_position({1, 2}, out);
 		ASSERT_TRUE(distance >= 0 && distance <= float_max);
+		plain::Vec2<float> steps_out;
+		ASSERT_EQ(distance, plain::closest(corners, {1, 2}, steps_out)) << i;
 	}
 }
 
@@ -584,6 +706,14 @@ TEST(xylConvex_polygon, EdgesTooLongToBeSquaredSeparateEverything) {
 	EXPECT_FALSE(huge.check_collision_with_convex_poligon(huge));
 	EXPECT_FALSE(huge.check_collision_with_convex_poligon(square(0, 1)));
 	EXPECT_TRUE(square(-1e18f, 1e18f).check_collision_with_convex_poligon(square(0, 1)));
+}
+
+// The least normal number under the root keeps the axis finite.
+TEST(xylConvex_polygon, EdgesTooShortToBeSquaredSeparateNevertheless) {
+	const xylConvex_polygon tiny = square(0, 1e-20f);
+	EXPECT_FALSE(tiny.check_collision_with_convex_poligon(box(3e-20f, 0, 4e-20f, 1e-20f)));
+	EXPECT_FALSE(tiny.check_collision_with_convex_poligon(box(0, 3e-20f, 1e-20f, 4e-20f)));
+	EXPECT_TRUE(tiny.check_collision_with_convex_poligon(square(5e-21f, 4e-20f)));
 }
 
 // --- Golden hulls
