@@ -113,6 +113,8 @@ private:
 			reason = "refused " + resolution.file + ", which is of another build";
 		if (resolution.outcome == Outcome::no_reader)
 			reason = "nothing here reads " + resolution.file;
+		if (resolution.outcome == Outcome::no_temporary_files)
+			reason = "can't make the temporary files that reading " + resolution.file + " takes";
 		std::fprintf(stderr, "stack_resolve: %s: %s\n", build.c_str(), reason.c_str());
 	}
 

@@ -10,9 +10,10 @@
 
 enum class Outcome {
 	resolved,
-	no_file,     // no symbol file by that name or identity
-	other_build, // one by that name, of another build
-	no_reader,   // the file is there, and nothing here can read it
+	no_file,            // no symbol file by that name or identity
+	other_build,        // one by that name, of another build
+	no_reader,          // the file is there, and nothing here can read it
+	no_temporary_files, // a reader would, but can't make the temporary files that it takes
 };
 
 struct Resolution {

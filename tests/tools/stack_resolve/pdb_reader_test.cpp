@@ -2,6 +2,9 @@
 #include <pdb_files.h>
 #include <temporary_folder.h>
 
+#include <morvantis/platform/zubplatform.h>
+#include <morvantis/strings/xylvarstring.h>
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -74,6 +77,49 @@ TEST(Pdb_reader, AnswersFunctionAndLine) {
 	const Resolution second = reader->resolve(known_frame(static_cast<std::uint32_t>(-16)));
 	EXPECT_EQ(second.place.function, "known::Walker::step");
 	EXPECT_EQ(second.place.line, 13u);
+}
+
+// Has both systems make temporary files elsewhere as long as the object lives.
+class Temporary_files_in {
+public:
+	explicit Temporary_files_in(const std::string& folder)
+		: before_(fs::temp_directory_path().string()) {
+		make_them_in(folder);
+	}
+	~Temporary_files_in() { make_them_in(before_); }
+	Temporary_files_in(const Temporary_files_in&) = delete;
+	Temporary_files_in& operator=(const Temporary_files_in&) = delete;
+
+private:
+	static void make_them_in(const std::string& folder) {
+		for (const char* variable : {"TMPDIR", "TMP"})
+			EXPECT_TRUE(zubPlatform::set_environment_variable(xylVarString(variable),
+			                                                  xylVarString(folder.c_str())));
+	}
+
+	const std::string before_;
+};
+
+TEST(Pdb_reader, WorksAmongTheSystemsTemporaryFiles) {
+	const Temporary_folder folder;
+	const Temporary_files_in temporary(folder.path().string());
+	auto reader = make_pdb_reader({{MORVANTIS_KNOWN_DLL_FOLDER}, "llvm-symbolizer"});
+	EXPECT_EQ(reader->resolve(known_frame(0)).outcome, Outcome::resolved);
+	EXPECT_FALSE(fs::is_empty(folder.path()));
+	reader.reset();
+	EXPECT_TRUE(fs::is_empty(folder.path())) << "left something behind";
+}
+
+TEST(Pdb_reader, TellsThatItCannotMakeTemporaryFiles) {
+	const Temporary_folder folder;
+	const Temporary_files_in temporary(folder / "missing");
+	const auto reader = make_pdb_reader({{MORVANTIS_KNOWN_DLL_FOLDER}, "llvm-symbolizer"});
+	for (int i = 0; i < 2; ++i) {
+		const Resolution answer = reader->resolve(known_frame(0));
+		EXPECT_EQ(answer.outcome, Outcome::no_temporary_files);
+		EXPECT_TRUE(fs::equivalent(answer.file, known_pdb));
+	}
+	EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
 TEST(Pdb_reader, LeavesOtherFramesAlone) {

@@ -91,13 +91,19 @@ private:
 	pid_t process_ = 0;
 };
 
+// A new folder among the system's temporary files; empty if none can be made.
+std::string make_folder() {
+	std::error_code failure;
+	const fs::path top = fs::temp_directory_path(failure);
+	if (failure) return {};
+	std::string folder = (top / "stack_resolve_XXXXXX").string();
+	return mkdtemp(folder.data()) ? folder : std::string();
+}
+
 class Pdb_reader : public Symbol_reader {
 public:
 	explicit Pdb_reader(const Reader_options& options)
-		: files_(options.folders), program_(options.symbolizer) {
-		char folder[] = "/tmp/stack_resolve_XXXXXX";
-		if (mkdtemp(folder)) folder_ = folder;
-	}
+		: files_(options.folders), program_(options.symbolizer), folder_(make_folder()) {}
 	~Pdb_reader() override {
 		symbolizers_.clear();
 		std::error_code failure;
@@ -111,7 +117,11 @@ public:
 		if (!symbolizer) {
 			const std::string image =
 				(fs::path(folder_) / std::to_string(symbolizers_.size())).string() + ".dll";
-			write_image_for(fs::absolute(result.file).string(), frame, image);
+			if (folder_.empty() ||
+			    !write_image_for(fs::absolute(result.file).string(), frame, image)) {
+				result.outcome = Outcome::no_temporary_files;
+				return result;
+			}
 			symbolizer = std::make_unique<Symbolizer>(program_, image);
 		}
 		if (!symbolizer->ask(frame.offset, result.place)) result.outcome = Outcome::no_reader;
@@ -121,7 +131,7 @@ public:
 private:
 	Pdb_files files_;
 	std::string program_;
-	std::string folder_; // of the images that lead to PDB files
+	std::string folder_; // of the images that lead to PDB files; empty if it could not be made
 	std::map<std::string, std::unique_ptr<Symbolizer>> symbolizers_; // by PDB file
 };
 

@@ -20,27 +20,35 @@ struct Named_symbol {
 	char name[largest_name];
 };
 
+// A folder of this process's own among the system's temporary files; empty if it can't be made.
+fs::path make_folder() {
+	std::error_code failure;
+	const fs::path top = fs::temp_directory_path(failure);
+	if (failure) return {};
+	fs::path folder = top / ("stack_resolve_" + std::to_string(GetCurrentProcessId()));
+	fs::create_directory(folder, failure);
+	return failure ? fs::path() : folder;
+}
+
 class Pdb_reader : public Symbol_reader {
 public:
 	explicit Pdb_reader(const Reader_options& options)
-		: files_(options.folders),
-		  folder_(fs::temp_directory_path() /
-	              ("stack_resolve_" + std::to_string(GetCurrentProcessId()))) {
-		fs::create_directories(folder_);
+		: files_(options.folders), folder_(make_folder()) {
 		SymSetOptions(SYMOPT_UNDNAME | SYMOPT_LOAD_LINES | SYMOPT_EXACT_SYMBOLS);
 		is_started_ = SymInitialize(session(), folder_.string().c_str(), FALSE);
 	}
 	~Pdb_reader() override {
 		if (is_started_) SymCleanup(session());
 		std::error_code failure;
-		fs::remove_all(folder_, failure);
+		if (!folder_.empty()) fs::remove_all(folder_, failure);
 	}
 
 	Resolution resolve(const Frame& frame) override {
 		Resolution result = files_.find(frame);
 		if (result.outcome != Outcome::resolved) return result;
-		const DWORD64 base = base_of(result.file, frame);
-		if (base == 0) {
+		if (!load(result.file, frame)) {
+			result.outcome = Outcome::no_temporary_files;
+		} else if (const DWORD64 base = bases_[result.file]; base == 0) {
 			result.outcome = Outcome::no_reader;
 		} else {
 			look_up(base + frame.offset, result.place);
@@ -52,15 +60,16 @@ private:
 	// Any value that no other session of the process uses.
 	HANDLE session() { return this; }
 
-	// Where the file's image is loaded, as far as the library is concerned; 0 if it can't read it.
-	DWORD64 base_of(const std::string& file, const Frame& frame) {
-		const auto known = bases_.find(file);
-		if (known != bases_.end()) return known->second;
+	// Loads the file's image, as far as the library is concerned. False if it can't be made.
+	bool load(const std::string& file, const Frame& frame) {
+		if (bases_.contains(file)) return true;
 		const std::string image = (folder_ / std::to_string(bases_.size())).string() + ".dll";
 		const DWORD64 wanted = image_base + bases_.size() * DWORD64{0x100000000};
-		if (!write_image_for(fs::absolute(file).string(), frame, image)) return 0;
-		return bases_[file] = SymLoadModuleEx(session(), nullptr, image.c_str(), nullptr, wanted,
-		                                      largest_image, nullptr, 0);
+		if (folder_.empty() || !write_image_for(fs::absolute(file).string(), frame, image))
+			return false;
+		bases_[file] = SymLoadModuleEx(session(), nullptr, image.c_str(), nullptr, wanted,
+		                               largest_image, nullptr, 0);
+		return true;
 	}
 
 	void look_up(DWORD64 address, Place& place) {
@@ -80,9 +89,10 @@ private:
 	}
 
 	Pdb_files files_;
-	fs::path folder_; // of the images that lead to PDB files
+	fs::path folder_; // of the images that lead to PDB files; empty if it could not be made
 	bool is_started_ = false;
-	std::map<std::string, DWORD64> bases_; // by PDB file
+	// Where the image of each PDB file is loaded; 0 if the library can't read the file.
+	std::map<std::string, DWORD64> bases_;
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 // Runs the program itself over texts with frames of known images.
 #include <known_image.h> // tests/platform/linux
+#include <pdb_bytes.h>   // tests/diagnostics
 #include <temporary_folder.h>
 #include <test_data.h>
 
@@ -22,8 +23,9 @@ struct Outcome_of_run {
 	int code;
 };
 
-Outcome_of_run run(const std::string& arguments) {
-	std::FILE* const pipe = popen((MORVANTIS_STACK_RESOLVE " " + arguments + " 2>&1").c_str(), "r");
+Outcome_of_run run(const std::string& arguments, const std::string& variables = "") {
+	const std::string command = variables + " " MORVANTIS_STACK_RESOLVE " " + arguments + " 2>&1";
+	std::FILE* const pipe = popen(command.c_str(), "r");
 	Outcome_of_run result{};
 	for (int c; (c = std::getc(pipe)) != EOF;) result.output += static_cast<char>(c);
 	result.code = WEXITSTATUS(pclose(pipe));
@@ -108,6 +110,31 @@ TEST(Stack_resolve, EndsWithACodeForEachOutcome) {
 	EXPECT_EQ(run("--unheard-of").code, 2);
 	EXPECT_EQ(run("/nowhere/at/all").code, 4);
 	EXPECT_EQ(run(folder.path().string()).code, 4);
+}
+
+TEST(Stack_resolve, TellsWhyItDoesNotReadAPdbFile) {
+	const Temporary_folder folder;
+	const Pdb_file file(Windows_image::guid, 0, 0);
+	const std::string pdb =
+		folder.make_file("game.pdb", std::string(file.bytes.begin(), file.bytes.end()));
+	std::array<unsigned char, 16> guid;
+	std::memcpy(guid.data(), &Windows_image::guid, guid.size());
+	const std::string frame = deferred_frame(77, guid_text(guid), "game.dll");
+	const std::string log = folder.make_file("log.txt", frame + frame);
+	const std::string options = "-s " + folder.path().string() + " --symbolizer /nowhere/at/all ";
+	const auto expected = [&](const std::string& reason) { // told once
+		return "stack_resolve: game.dll " + guid_text(guid) + " 0: " + reason + "\n" + frame +
+		       frame;
+	};
+
+	const Outcome_of_run no_program = run(options + log);
+	EXPECT_EQ(no_program.code, 1);
+	EXPECT_EQ(no_program.output, expected("nothing here reads " + pdb));
+
+	const Outcome_of_run no_folder = run(options + log, "TMPDIR=" + (folder / "missing"));
+	EXPECT_EQ(no_folder.code, 1);
+	EXPECT_EQ(no_folder.output,
+	          expected("can't make the temporary files that reading " + pdb + " takes"));
 }
 
 TEST(Stack_resolve, CopiesWhatItDoesNotResolve) {
