@@ -1,17 +1,14 @@
 // Path conversions on texts of any bytes, up to the limits of each, beside their description on
 // standard strings.
+#include "input.h"
+
 #include <morvantis/platform/zubplatform.h>
 #include <morvantis/strings/xylvarstring.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 namespace {
-
-void check(bool condition) {
-	if (!condition) std::abort();
-}
 
 bool is(const xylString_base& text, const std::string& expected) {
 	return text.char_p() == expected && text.length() == static_cast<int>(expected.size());
@@ -43,7 +40,7 @@ void check_base_form(const std::string& path) {
 	if (length > 255) return; // ends the process
 	const xylConstString<256> base =
 		zubPlatform::convert_final_to_base_path(xylVarString(path.c_str()));
-	check(base.char_p() == expected && base.length() == static_cast<int>(length));
+	require(base.char_p() == expected && base.length() == static_cast<int>(length));
 }
 
 } // namespace
@@ -56,17 +53,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 	const xylVarString text(path.c_str());
 
 	const bool has_prefix = path.find("$BASE/") != std::string::npos;
-	check(is(zubPlatform::convert_base_path_to_final(text),
-	         has_prefix ? "../../" + path.substr(6) : path));
-	check(zubPlatform::is_base_relative(text) == (path.rfind("$BASE/", 0) == 0));
+	require(is(zubPlatform::convert_base_path_to_final(text),
+	           has_prefix ? "../../" + path.substr(6) : path));
+	require(zubPlatform::is_base_relative(text) == (path.rfind("$BASE/", 0) == 0));
 	if (path.size() < 256) check_base_form(path);
 	if (path.size() < 128 && path.size() > 0) {
 		// Short enough to fit with any current folder of a fuzz run in front of it.
 		const xylConstString<256> absolute = zubPlatform::convert_base_path_to_absolute_path(text);
-		check(absolute.char_p()[0] == '/' || absolute.is_empty());
+		require(absolute.char_p()[0] == '/' || absolute.is_empty());
 	}
 	// A tail of 128 characters ends the process, and none of a path this long is longer.
 	if (path.size() < 128 + 6)
-		check(is(zubPlatform::get_base_relative_path(text), relative_form(path)));
+		require(is(zubPlatform::get_base_relative_path(text), relative_form(path)));
 	return 0;
 }

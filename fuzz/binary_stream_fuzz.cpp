@@ -2,20 +2,17 @@
 // as the contract wants it: then any bytes may come, nothing is read outside them, and each value
 // is the bytes at the cursor.
 
+#include "input.h"
+
 #include <morvantis/io/xylio_binary_stream.h>
 #include <morvantis/math/xylquaternion.h>
 #include <morvantis/strings/xylconststring.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
 namespace {
-
-void require(bool holds) {
-	if (!holds) std::abort();
-}
 
 unsigned int unread(const xylIO_binary_stream& stream) {
 	return static_cast<unsigned int>(stream.buffer.length()) - stream.get_cursor();
@@ -107,15 +104,13 @@ unsigned int (*const readers[])(xylIO_binary_stream&) = {
 
 } // namespace
 
-// The first byte tells how many of those that follow choose a reader; the rest is the data.
+// The choices are of readers, the rest is the data.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-	if (size == 0) return 0;
-	const char* bytes = reinterpret_cast<const char*>(data) + 1;
-	const int count = static_cast<int>(size) - 1;
-	const int choices = data[0] < count ? data[0] : count;
-	xylIO_binary_stream stream(bytes + choices, count - choices);
-	for (int i = 0; i < choices && !stream.eof(); ++i) {
-		const unsigned int end = readers[data[1 + i] % std::size(readers)](stream);
+	const Parted_input input(data, size);
+	xylIO_binary_stream stream(input.rest, input.rest_size);
+	for (const std::uint8_t choice : input.choices) {
+		if (stream.eof()) break;
+		const unsigned int end = readers[choice % std::size(readers)](stream);
 		require(stream.get_cursor() == end);
 		require(stream.eof() == (end == static_cast<unsigned int>(stream.buffer.length())));
 	}

@@ -2,6 +2,8 @@
 // byte by byte and strtod() make of it, the cursor must stand where that walk ends, and the fourth
 // floats must stay as they were.
 
+#include "input.h"
+
 #include <morvantis/io/xylbuffer.h>
 #include <morvantis/math/xylmatrix_frame.h>
 
@@ -13,10 +15,6 @@
 namespace {
 
 constexpr float untouched = 77;
-
-void require(bool holds) {
-	if (!holds) std::abort();
-}
 
 // The rule once more, on an index.
 class Plain_walk {

@@ -3,11 +3,12 @@
 //
 // The first two bytes of the input are where the address lies, from the index on; the rest is the
 // image, which begins with its index.
+#include "input.h"
+
 #include <morvantis/platform/system/linux/frame_rules.h>
 #include <morvantis/platform/system/linux/frame_table.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -24,21 +25,17 @@ bool read_memory(xylUInt64 address, unsigned int size, xylUInt64& value) {
 	return true;
 }
 
-void check(bool condition) {
-	if (!condition) std::abort();
-}
-
 void check_rules(const os::Frame_rules& rules) {
-	check(rules.cfa_register < os::frame_register_count);
+	require(rules.cfa_register < os::frame_register_count);
 	for (unsigned int i = 0; i < os::frame_register_count; ++i) {
 		if (rules.kinds[i] != os::Frame_rule_kind::in_register) continue;
-		check(rules.operands[i] < os::frame_register_count);
+		require(rules.operands[i] < os::frame_register_count);
 	}
 	os::Frame_registers registers;
 	for (xylUInt64& value : registers.value) value = reinterpret_cast<xylUInt64>(memory) + 128;
 	const os::Frame_registers before = registers;
 	if (os::apply_frame_rules(rules, registers, read_memory)) return;
-	check(std::memcmp(&registers, &before, sizeof(before)) == 0);
+	require(std::memcmp(&registers, &before, sizeof(before)) == 0);
 }
 
 } // namespace

@@ -2,19 +2,16 @@
 // then is the packet; each operation is compared with what its failure has to leave behind. A
 // second reading writes back every field that was read and has to find the same value again.
 
+#include "input.h"
+
 #include <morvantis/net/read_bit_buffer.h>
 #include <morvantis/net/write_bit_buffer.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
 namespace {
-
-void check(bool holds) {
-	if (!holds) std::abort();
-}
 
 // The head of the input: numbers for infos, 0 when it has run out.
 struct Script {
@@ -50,22 +47,22 @@ struct Session {
 		const Value before = value;
 		const bool is_good = read(value);
 		if (unread < info.bit_count) {
-			check(!is_good && reader.get_cursor_in_bits() == cursor);
-			check(std::memcmp(&value, &before, sizeof(value)) == 0);
+			require(!is_good && reader.get_cursor_in_bits() == cursor);
+			require(std::memcmp(&value, &before, sizeof(value)) == 0);
 			return;
 		}
-		check(reader.get_cursor_in_bits() == cursor + info.bit_count);
-		check(is_good == is_in_range(value, info));
+		require(reader.get_cursor_in_bits() == cursor + info.bit_count);
+		require(is_good == is_in_range(value, info));
 	}
 
 	template <typename Value, typename Info, typename Write, typename Read>
 	void read_back(const Info& info, Write write, Read read, Value value) {
 		copy.clear();
 		write(value);
-		check(copy.get_size_in_bits() == info.bit_count);
+		require(copy.get_size_in_bits() == info.bit_count);
 		copy.rewind();
 		Value seen;
-		check(read(seen) && std::memcmp(&seen, &value, sizeof(value)) == 0);
+		require(read(seen) && std::memcmp(&seen, &value, sizeof(value)) == 0);
 	}
 
 	template <typename Value, typename Info> void integer(const Info& info, bool is_full_range) {
@@ -133,17 +130,17 @@ struct Session {
 		int size = -1;
 		const bool is_good = reader.serial_op_byte_array(data, max_size, size);
 		if (unread < 11) {
-			check(!is_good && size == 0 && reader.get_cursor_in_bits() == cursor &&
-			      data[0] == 0x5A);
+			require(!is_good && size == 0 && reader.get_cursor_in_bits() == cursor &&
+			        data[0] == 0x5A);
 			return;
 		}
-		check(size >= 0 && size <= 2047);
-		check(is_good == (size <= max_size && unread - 11 >= size * 8));
-		check(reader.get_cursor_in_bits() == cursor + 11 + (is_good ? size * 8 : 0));
-		if (size > max_size) return check(data[0] == 0x5A);
-		check(data[size] == 0x5A);
+		require(size >= 0 && size <= 2047);
+		require(is_good == (size <= max_size && unread - 11 >= size * 8));
+		require(reader.get_cursor_in_bits() == cursor + 11 + (is_good ? size * 8 : 0));
+		if (size > max_size) return require(data[0] == 0x5A);
+		require(data[size] == 0x5A);
 		if (!is_good) {
-			for (int i = 0; i < size; ++i) check(data[i] == 0);
+			for (int i = 0; i < size; ++i) require(data[i] == 0);
 			return;
 		}
 		copy.clear();
@@ -151,49 +148,49 @@ struct Session {
 		copy.rewind();
 		unsigned char seen[2047];
 		int seen_size = -1;
-		check(copy.as_read_bit_buffer().serial_op_byte_array(seen, 2047, seen_size));
-		check(seen_size == size && std::memcmp(seen, data, static_cast<size_t>(size)) == 0);
+		require(copy.as_read_bit_buffer().serial_op_byte_array(seen, 2047, seen_size));
+		require(seen_size == size && std::memcmp(seen, data, static_cast<size_t>(size)) == 0);
 	}
 	void time() {
 		const int cursor = reader.get_cursor_in_bits(), unread = reader.get_unread_bits();
 		long long value = 42;
 		const bool is_good = reader.serial_op_time(value);
-		check(is_good == (unread >= 63));
-		check(reader.get_cursor_in_bits() == cursor + (is_good ? 63 : 0));
-		check(is_good ? value >= 0 : value == 42);
+		require(is_good == (unread >= 63));
+		require(reader.get_cursor_in_bits() == cursor + (is_good ? 63 : 0));
+		require(is_good ? value >= 0 : value == 42);
 	}
 	void coarse_time() {
 		const int cursor = reader.get_cursor_in_bits(), unread = reader.get_unread_bits();
 		long long value = 0;
 		const bool is_good = reader.serial_op_time_coarse(value);
 		const int used = reader.get_cursor_in_bits() - cursor;
-		if (!is_good) return check(unread < 64 && used == (unread == 0 ? 0 : 1));
-		check((used == 23 && value % 100 == 0) || used == 64);
+		if (!is_good) return require(unread < 64 && used == (unread == 0 ? 0 : 1));
+		require((used == 23 && value % 100 == 0) || used == 64);
 		copy.clear();
 		copy.serial_op_time_coarse(value);
 		copy.rewind();
 		long long seen = -1;
-		check(copy.as_read_bit_buffer().serial_op_time_coarse(seen));
+		require(copy.as_read_bit_buffer().serial_op_time_coarse(seen));
 		// An exact time that is small goes out the short way when it is written again.
-		check(seen == (value > 419430399 ? value : value / 100 * 100));
+		require(seen == (value > 419430399 ? value : value / 100 * 100));
 	}
 	void tick() {
 		const int unread = reader.get_unread_bits();
 		unsigned int value = 42;
 		const bool is_good = reader.read_tick_no(static_cast<unsigned int>(script.take(4)), value);
-		check(is_good == (unread >= 16));
-		check(is_good ? value == 0 || value >= 32750 : value == 0);
-		check(reader.get_unread_bits() == unread - (is_good ? 16 : 0));
+		require(is_good == (unread >= 16));
+		require(is_good ? value == 0 || value >= 32750 : value == 0);
+		require(reader.get_unread_bits() == unread - (is_good ? 16 : 0));
 	}
 	void packet_id() {
 		const int unread = reader.get_unread_bits();
 		udp_packet_id id(42, 42);
 		const bool is_good = reader.read_packet_id(static_cast<unsigned int>(script.take(4)), id);
 		const int used = unread - reader.get_unread_bits();
-		check(id.packet_no >= 0 && id.packet_no < 64);
-		if (is_good) return check((used == 17 && id.packet_no == 0) || used == 23);
-		check(id.packet_no == 0 && used == (unread < 16 ? 0 : unread < 17 ? 16 : 17));
-		check(used != 0 || id.tick_no == 0);
+		require(id.packet_no >= 0 && id.packet_no < 64);
+		if (is_good) return require((used == 17 && id.packet_no == 0) || used == 23);
+		require(id.packet_no == 0 && used == (unread < 16 ? 0 : unread < 17 ? 16 : 17));
+		require(used != 0 || id.tick_no == 0);
 	}
 	void move() {
 		// What a reader may do between fields.
@@ -229,7 +226,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 		&Session::tick,     &Session::packet_id,   &Session::move};
 	while (session.script.size > 0) {
 		(session.*operations[session.script.take(1) % std::size(operations)])();
-		check(session.reader.get_cursor_in_bits() <= session.reader.get_size_in_bits());
+		require(session.reader.get_cursor_in_bits() <= session.reader.get_size_in_bits());
 	}
 	return 0;
 }

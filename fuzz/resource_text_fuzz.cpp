@@ -1,19 +1,16 @@
 // Text resources of any bytes: they must become what the rule says byte by byte, nothing outside
 // the text may be touched, and the walk must deliver the tokens.
 
+#include "input.h"
+
 #include <morvantis/io/resource_text.h>
 #include <morvantis/io/xylbuffer.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace {
-
-void require(bool holds) {
-	if (!holds) std::abort();
-}
 
 Resource_text_flaws prepare_plainly(std::vector<xylUInt8>& text) {
 	Resource_text_flaws flaws;

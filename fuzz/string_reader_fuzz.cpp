@@ -1,17 +1,14 @@
 // The reader of texts from outside: any order of reads over any bytes must stay inside the text,
 // and what it calls read must be what the text's own tokens say.
 
+#include "input.h"
+
 #include <morvantis/io/zubunsanitizedstring_reader.h>
 #include <morvantis/math/xylint_vec3.h>
 
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
-
-void require(bool holds) {
-	if (!holds) std::abort();
-}
 
 // A number token of twenty characters ends the process, and a long length makes a long string: both
 // are told, not found.
@@ -61,19 +58,16 @@ void read_by(zubUnsanitizedString_reader& reader, unsigned char choice) {
 
 } // namespace
 
-// The first byte tells how many of those that follow choose what is read; the rest is the text.
+// The choices are of what is read, the rest is the text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-	if (size == 0) return 0;
-	const char* bytes = reinterpret_cast<const char*>(data) + 1;
-	const int count = static_cast<int>(size) - 1;
-	const int choices = data[0] < count ? data[0] : count;
-	if (!is_within_the_contract(bytes + choices, count - choices)) return 0;
-	xylVarString text(bytes + choices, count - choices);
+	const Parted_input input(data, size);
+	if (!is_within_the_contract(input.rest, input.rest_size)) return 0;
+	xylVarString text(input.rest, input.rest_size);
 	zubUnsanitizedString_reader reader(text);
-	for (int i = 0; i < choices; ++i) {
+	for (const std::uint8_t choice : input.choices) {
 		reader.has_unread_data();
 		const int before = reader.source.get_cursor_position();
-		read_by(reader, data[1 + i]);
+		read_by(reader, choice);
 		require(reader.source.get_cursor_position() >= before);
 	}
 	return 0;

@@ -3,40 +3,20 @@
 // reads.
 
 #include "../tests/io/text_reader_model.h"
+#include "../tests/support/silent_host.h"
+#include "input.h"
 
 #include <morvantis/core/zublibrary.h>
-#include <morvantis/core/zublibrary_interface.h>
 #include <morvantis/io/xylio_text_stream.h>
 #include <morvantis/math/xylint_vec3.h>
 #include <morvantis/math/xylquaternion.h>
 #include <morvantis/strings/xylconststring.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
 namespace {
-
-// The end of the data is reported, and goes on with empty tokens.
-class Silent_host : public zubLibrary_interface {
-public:
-	void error(const char*, int) override {}
-	void warning(const char*, int) override {}
-	void content_warning(const char*, int) override {}
-	void failed_assert(const char*, int, const char*, bool, bool) override {}
-	void simple_assert(const char*, int, const char*) override {}
-	void log(const char*) override {}
-	bool get_assert_on_exceptions() override { return false; }
-	bool get_enable_deterministic_mode() override { return false; }
-	bool get_disable_gui_messages() override { return true; }
-	bool delete_later_queue_has_element(xylReference_counted_object*) override { return false; }
-	void add_delete_later_queue(xylReference_counted_object*) override {}
-};
-
-void require(bool holds) {
-	if (!holds) std::abort();
-}
 
 template <typename Value> void read_number(xylIO_text_stream& stream) {
 	Text_reader_model model(stream.buffer);
@@ -87,20 +67,18 @@ void (*const readers[])(xylIO_text_stream&) = {
 
 } // namespace
 
+// The end of the data is reported, and goes on with empty tokens.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
 	static Silent_host host;
 	zubLibrary::initialize(&host, nullptr);
 	return 0;
 }
 
-// The first byte tells how many of those that follow choose a reader; the rest is the text.
+// The choices are of readers, the rest is the text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-	if (size == 0) return 0;
-	const char* bytes = reinterpret_cast<const char*>(data) + 1;
-	const int count = static_cast<int>(size) - 1;
-	const int choices = data[0] < count ? data[0] : count;
+	const Parted_input input(data, size);
 	xylIO_text_stream stream;
-	stream.buffer.push_back(bytes + choices, static_cast<unsigned int>(count - choices));
-	for (int i = 0; i < choices; ++i) readers[data[1 + i] % std::size(readers)](stream);
+	stream.buffer.push_back(input.rest, static_cast<unsigned int>(input.rest_size));
+	for (const std::uint8_t choice : input.choices) readers[choice % std::size(readers)](stream);
 	return 0;
 }

@@ -2,17 +2,14 @@
 // bytes: nothing may be read outside, the readers must agree with each other, and each must come to
 // an end.
 
+#include "input.h"
+
 #include <morvantis/strings/xylvarstring.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
-
-void require(bool holds) {
-	if (!holds) std::abort();
-}
 
 // A number token of twenty characters ends the process: that is told, not found.
 bool has_long_number(const xylVarString& text) {
@@ -108,14 +105,12 @@ void filter(const xylVarString& text, const xylVarString& words) {
 
 } // namespace
 
-// The first byte tells how many of those that follow are the filter, the rest is the text.
+// The choices are the filter, the rest is the text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-	if (size == 0) return 0;
-	const char* bytes = reinterpret_cast<const char*>(data) + 1;
-	const int count = static_cast<int>(size) - 1;
-	const int filter_count = data[0] < count ? data[0] : count;
-	const xylVarString words(bytes, filter_count);
-	const xylVarString text(bytes + filter_count, count - filter_count);
+	const Parted_input input(data, size);
+	const xylVarString words(reinterpret_cast<const char*>(input.choices.data()),
+	                         static_cast<int>(input.choices.size()));
+	const xylVarString text(input.rest, input.rest_size);
 	read_tokens(text);
 	read_numbers(text);
 	read_lines(text);

@@ -4,6 +4,7 @@
 
 #include "debug_output.h"
 #include "recording_host.h"
+#include "silent_host.h"
 #include "virtual_order.h"
 
 #include <gtest/gtest.h>
@@ -57,18 +58,8 @@ TEST(zubLibrary_interface, DefaultHandlerSaysOnceThatItIsNotImplemented) {
 }
 
 TEST(zubLibrary_interface, CopyAndMoveCarryNothing) {
-	struct Plain : zubLibrary_interface {
-		void error(const char*, int) override {}
-		void warning(const char*, int) override {}
-		void content_warning(const char*, int) override {}
-		void failed_assert(const char*, int, const char*, bool, bool) override {}
-		void simple_assert(const char*, int, const char*) override {}
-		void log(const char*) override {}
+	struct Plain : Silent_host {
 		bool get_assert_on_exceptions() override { return number == 1; }
-		bool get_enable_deterministic_mode() override { return false; }
-		bool get_disable_gui_messages() override { return false; }
-		bool delete_later_queue_has_element(xylReference_counted_object*) override { return false; }
-		void add_delete_later_queue(xylReference_counted_object*) override {}
 		int number = 0;
 	};
 	Plain first;
