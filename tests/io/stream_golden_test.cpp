@@ -39,6 +39,39 @@ void write_values(xylIO_text_stream& stream) {
 	stream << xylIO_binary_stream("xyz", 3) << "\n";
 }
 
+// What both forms hold, read by the forms' own operators.
+struct Values {
+	char c = 0;
+	unsigned char byte = 0;
+	bool flag = false;
+	short small = 0;
+	unsigned short unsigned_small = 0;
+	int number = 0;
+	unsigned int unsigned_number = 0;
+	float real = 0;
+	xylInt64 wide = 0;
+	xylUInt64 unsigned_wide = 0;
+	xylQuaternion q{};
+	xylVarString text;
+};
+
+template <typename Stream> void read_up_to_the_float(Stream& stream, Values& v) {
+	stream >> v.c >> v.byte >> v.flag >> v.small >> v.unsigned_small >> v.number >>
+		v.unsigned_number >> v.real;
+}
+template <typename Stream> void read_behind_the_float(Stream& stream, Values& v) {
+	stream >> v.wide >> v.unsigned_wide >> v.q >> v.text;
+}
+
+void expect_written_values(const Values& v, const char* text) {
+	EXPECT_TRUE(v.c == 'c' && v.byte == 200 && v.flag && v.small == -300);
+	EXPECT_TRUE(v.unsigned_small == 50000 && v.number == -70000 && v.real == 0.1f);
+	EXPECT_EQ(v.unsigned_number, 4000000000u) << "in a text by way of -294967296";
+	EXPECT_TRUE(v.wide == LLONG_MIN && v.unsigned_wide == ULLONG_MAX);
+	EXPECT_TRUE(v.q.w == 1 && v.q.x == 2 && v.q.y == 3 && v.q.z == 4);
+	EXPECT_TRUE(v.text == text);
+}
+
 } // namespace
 
 TEST(Stream_golden, BinaryFileIsWrittenByteForByte) {
@@ -57,26 +90,14 @@ TEST(Stream_golden, BinaryFileIsReadBack) {
 	xylIO_binary_stream expected;
 	write_values(expected);
 	EXPECT_EQ(data_of(stream), data_of(expected));
-	char c = 0;
-	unsigned char byte = 0;
-	bool flag = false;
-	short small = 0;
-	unsigned short unsigned_small = 0;
-	int number = 0;
-	unsigned int unsigned_number = 0;
-	float real = 0;
-	xylInt64 wide = 0;
-	xylUInt64 unsigned_wide = 0;
-	xylQuaternion q{};
-	xylVarString text, bytes;
+	Values values;
+	read_up_to_the_float(stream, values);
+	read_behind_the_float(stream, values);
+	expect_written_values(values, "text");
+	xylVarString bytes;
 	xylIO_binary_stream inner;
-	stream >> c >> byte >> flag >> small >> unsigned_small >> number >> unsigned_number >> real >>
-		wide >> unsigned_wide >> q >> text >> bytes >> inner;
-	EXPECT_TRUE(c == 'c' && byte == 200 && flag && small == -300 && unsigned_small == 50000);
-	EXPECT_TRUE(number == -70000 && unsigned_number == 4000000000u && real == 0.1f);
-	EXPECT_TRUE(wide == LLONG_MIN && unsigned_wide == ULLONG_MAX);
-	EXPECT_TRUE(q.w == 1 && q.x == 2 && q.y == 3 && q.z == 4);
-	EXPECT_TRUE(text == "text" && bytes.length() == 3);
+	stream >> bytes >> inner;
+	EXPECT_EQ(bytes.length(), 3);
 	EXPECT_EQ(data_of(inner), "xyz");
 	EXPECT_TRUE(stream.eof());
 }
@@ -99,29 +120,17 @@ TEST(Stream_golden, TextFileIsReadBack) {
 	xylIO_text_stream expected;
 	write_values(expected);
 	EXPECT_EQ(data_of(stream), data_of(expected));
-	char c = 0;
-	unsigned char byte = 0;
-	bool flag = false;
-	short small = 0;
-	unsigned short unsigned_small = 0;
-	int number = 0;
-	unsigned int unsigned_number = 0;
-	float real = 0, again = 0;
-	xylInt64 wide = 0;
-	xylUInt64 unsigned_wide = 0;
-	xylQuaternion q{};
-	xylVarString text;
-	stream >> c >> byte >> flag >> small >> unsigned_small >> number >> unsigned_number >> real >>
-		again >> wide >> unsigned_wide >> q >> text;
+	Values values;
+	float again = 0;
+	read_up_to_the_float(stream, values);
+	stream >> again;
+	read_behind_the_float(stream, values);
+	expect_written_values(values, "two words");
+	EXPECT_EQ(again, 0.1f);
 	xylInt_vec3 v(0, 0, 0);
 	static_cast<xylIO_text_stream&>(stream) >> v;
-	EXPECT_TRUE(c == 'c' && byte == 200 && flag && small == -300 && unsigned_small == 50000);
-	EXPECT_TRUE(number == -70000 && real == 0.1f && again == 0.1f);
-	EXPECT_EQ(unsigned_number, 4000000000u) << "by way of -294967296";
-	EXPECT_TRUE(wide == LLONG_MIN && unsigned_wide == ULLONG_MAX);
-	EXPECT_TRUE(q.w == 1 && q.x == 2 && q.y == 3 && q.z == 4);
-	EXPECT_TRUE(text == "two words");
 	EXPECT_EQ(v, xylInt_vec3(1, -2, 3));
+	xylVarString text;
 	stream >> text;
 	EXPECT_TRUE(text == "3xyz");
 }

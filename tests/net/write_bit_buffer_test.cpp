@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <type_traits>
 #include <vector>
@@ -27,6 +26,28 @@ unsigned long long bits_at(const Dynamic_bit_buffer& buffer, int position, int c
 		value |= static_cast<unsigned long long>(buffer.get_buffer()[bit / 8] >> bit % 8 & 1) << i;
 	}
 	return value;
+}
+
+// One field, written into a packet of its own.
+template <typename Value, typename Info> struct Field_case {
+	const char* name;
+	Value value;
+	Info info;
+	unsigned long long raw;
+};
+using Unsigned64_case = Field_case<unsigned long long, Unsigned_integer64_compression_info>;
+
+template <typename Value, typename Info> void expect_written(const Field_case<Value, Info>& c) {
+	SCOPED_TRACE(c.name);
+	Write_bit_buffer buffer;
+	if constexpr (std::is_same_v<Value, float>) {
+		EXPECT_TRUE(buffer.serial_op_float(c.value, c.info));
+	} else {
+		EXPECT_TRUE(buffer.serial_op(c.value, c.info));
+	}
+	EXPECT_EQ(buffer.get_size_in_bits(), c.info.bit_count);
+	EXPECT_EQ(buffer.get_cursor_in_bits(), c.info.bit_count);
+	EXPECT_EQ(bits_at(buffer, 0, 64), c.raw);
 }
 
 TEST(Write_bit_buffer, AddsNothingToTheBuffer) {
@@ -56,13 +77,7 @@ TEST(Write_bit_buffer, CopiesAndMovesAreCopies) {
 }
 
 TEST(Write_bit_buffer, IntegersGoAsDistanceFromTheMinimum) {
-	struct Case {
-		const char* name;
-		int value;
-		Integer_compression_info info;
-		unsigned int raw;
-	};
-	const Case cases[] = {
+	const Field_case<int, Integer_compression_info> cases[] = {
 		{"worked example", -37, {-100, 100, 8}, 63},
 		{"minimum", -100, {-100, 100, 8}, 0},
 		{"maximum", 100, {-100, 100, 8}, 200},
@@ -77,46 +92,21 @@ TEST(Write_bit_buffer, IntegersGoAsDistanceFromTheMinimum) {
 		{"32 bits from -2^31 + 1", int_max, {int_min + 1, int_max, 32}, 0xFFFFFFFEu},
 		{"distance that wraps around", int_max, {-10, int_max, 32}, 0x80000009u},
 	};
-	for (const Case& c : cases) {
-		SCOPED_TRACE(c.name);
-		Write_bit_buffer buffer;
-		EXPECT_TRUE(buffer.serial_op(c.value, c.info));
-		EXPECT_EQ(buffer.get_size_in_bits(), c.info.bit_count);
-		EXPECT_EQ(buffer.get_cursor_in_bits(), c.info.bit_count);
-		EXPECT_EQ(bits_at(buffer, 0, 64), c.raw);
-	}
+	for (const auto& c : cases) expect_written(c);
 }
 
 TEST(Write_bit_buffer, UnsignedIntegersHaveNoFullRangeCase) {
-	struct Case {
-		const char* name;
-		unsigned int value;
-		Unsigned_integer_compression_info info;
-		unsigned int raw;
-	};
-	const Case cases[] = {
+	const Field_case<unsigned int, Unsigned_integer_compression_info> cases[] = {
 		{"worked example", 999, {10, 1000, 10}, 989},
 		{"from zero", 0xFFFFFFFFu, {0, 0xFFFFFFFFu, 32}, 0xFFFFFFFFu},
 		{"least signed minimum", 0x80000001u, {0x80000000u, 0xFFFFFFFFu, 32}, 1},
 		{"below the minimum, unmasked", 5, {10, 1000, 10}, 0xFFFFFFFBu},
 	};
-	for (const Case& c : cases) {
-		SCOPED_TRACE(c.name);
-		Write_bit_buffer buffer;
-		EXPECT_TRUE(buffer.serial_op(c.value, c.info));
-		EXPECT_EQ(buffer.get_size_in_bits(), c.info.bit_count);
-		EXPECT_EQ(bits_at(buffer, 0, 64), c.raw);
-	}
+	for (const auto& c : cases) expect_written(c);
 }
 
 TEST(Write_bit_buffer, WideIntegersAlwaysSubtract) {
-	struct Case {
-		const char* name;
-		long long value;
-		Integer64_compression_info info;
-		unsigned long long raw;
-	};
-	const Case cases[] = {
+	const Field_case<long long, Integer64_compression_info> cases[] = {
 		{"worked example", -1, {-1000000000000, 1000000000000, 41}, 999999999999u},
 		// kept: no full range case, so the sign bit flips.
 		{"full range, -1", -1, {int64_min, int64_max, 64}, 0x7FFFFFFFFFFFFFFFu},
@@ -124,20 +114,15 @@ TEST(Write_bit_buffer, WideIntegersAlwaysSubtract) {
 		{"32 bits", 0xFFFFFFFF, {0, 0xFFFFFFFF, 32}, 0xFFFFFFFFu},
 		{"wraps around", int64_max, {-10, int64_max, 64}, 0x8000000000000009u},
 	};
-	for (const Case& c : cases) {
-		SCOPED_TRACE(c.name);
-		Write_bit_buffer buffer;
-		EXPECT_TRUE(buffer.serial_op(c.value, c.info));
-		EXPECT_EQ(buffer.get_size_in_bits(), c.info.bit_count);
-		EXPECT_EQ(bits_at(buffer, 0, 64), c.raw);
+	for (const auto& c : cases) {
+		expect_written(c);
 		// The unsigned form is the same, bit for bit.
-		Write_bit_buffer twin;
-		const Unsigned_integer64_compression_info info{
-			static_cast<unsigned long long>(c.info.min_value),
-			static_cast<unsigned long long>(c.info.max_value), c.info.bit_count};
-		EXPECT_TRUE(twin.serial_op(static_cast<unsigned long long>(c.value), info));
-		EXPECT_EQ(std::memcmp(twin.get_buffer(), buffer.get_buffer(), 1408), 0);
-		EXPECT_EQ(twin.get_size_in_bits(), c.info.bit_count);
+		expect_written(
+			Unsigned64_case{c.name,
+		                    static_cast<unsigned long long>(c.value),
+		                    {static_cast<unsigned long long>(c.info.min_value),
+		                     static_cast<unsigned long long>(c.info.max_value), c.info.bit_count},
+		                    c.raw});
 	}
 }
 
@@ -146,13 +131,7 @@ TEST(Write_bit_buffer, FloatsGoAsTheNearestStep) {
 	constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 	const Float_compression_info example{-1.0f, 1.0f, 0.0009765625f, 12};
 	const Float_compression_info wide{0.0f, 1.0f, 1.0f, 32};
-	struct Case {
-		const char* name;
-		float value;
-		Float_compression_info info;
-		unsigned int raw;
-	};
-	const Case cases[] = {
+	const Field_case<float, Float_compression_info> cases[] = {
 		{"worked example", 0.3f, example, 1331},
 		{"minimum", -1.0f, example, 0},
 		{"maximum", 1.0f, example, 2048},
@@ -177,13 +156,7 @@ TEST(Write_bit_buffer, FloatsGoAsTheNearestStep) {
 		{"raw infinity", inf, {0.0f, 1.0f, 0.0f, 32}, 0x7F800000u},
 		{"smallest precision is one", 0.0f, {0.0f, 1.0f, 1e-45f, 32}, 0},
 	};
-	for (const Case& c : cases) {
-		SCOPED_TRACE(c.name);
-		Write_bit_buffer buffer;
-		EXPECT_TRUE(buffer.serial_op_float(c.value, c.info));
-		EXPECT_EQ(buffer.get_size_in_bits(), c.info.bit_count);
-		EXPECT_EQ(bits_at(buffer, 0, 64), c.raw);
-	}
+	for (const auto& c : cases) expect_written(c);
 }
 
 TEST(Write_bit_buffer, RawFloatOfFewerBitsSpills) {

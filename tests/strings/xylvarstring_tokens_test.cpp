@@ -234,6 +234,18 @@ const Result success = xylVarString::read_token_success;
 const Result at_end = xylVarString::read_token_end_of_text;
 const Result invalid = xylVarString::read_token_invalid;
 
+template <typename Number, size_t count>
+void expect_reads(Result (xylVarString::*read)(Number&), const Number_case (&cases)[count]) {
+	for (const Number_case& c : cases) {
+		SCOPED_TRACE(c.name);
+		xylVarString text(c.text);
+		Number value = 77;
+		EXPECT_EQ((text.*read)(value), c.result);
+		EXPECT_EQ(value, c.result == success ? c.value : 77);
+		EXPECT_EQ(text.get_cursor_position(), c.cursor);
+	}
+}
+
 TEST(xylVarString, ReadsAnIntegerAndConsumesTheByteBehindIt) {
 	const Number_case cases[] = {
 		{"nothing", "", at_end, 0, 0},
@@ -265,14 +277,7 @@ TEST(xylVarString, ReadsAnIntegerAndConsumesTheByteBehindIt) {
 	                 4),
 	     success, 12, 3},
 	};
-	for (const Number_case& c : cases) {
-		SCOPED_TRACE(c.name);
-		xylVarString text(c.text);
-		int value = 77;
-		EXPECT_EQ(text.try_next_token_int(value), c.result);
-		EXPECT_EQ(value, c.result == success ? c.value : 77);
-		EXPECT_EQ(text.get_cursor_position(), c.cursor);
-	}
+	expect_reads(&xylVarString::try_next_token_int, cases);
 }
 
 TEST(xylVarString, ReadsA64BitIntegerAndLeavesTheByteBehindIt) {
@@ -294,14 +299,7 @@ TEST(xylVarString, ReadsA64BitIntegerAndLeavesTheByteBehindIt) {
 		{"beyond the signed range", "9999999999999999999", success,
 	     static_cast<long long>(9999999999999999999u), 19},
 	};
-	for (const Number_case& c : cases) {
-		SCOPED_TRACE(c.name);
-		xylVarString text(c.text);
-		long long value = 77;
-		EXPECT_EQ(text.try_next_token_int64(value), c.result);
-		EXPECT_EQ(value, c.result == success ? c.value : 77);
-		EXPECT_EQ(text.get_cursor_position(), c.cursor);
-	}
+	expect_reads(&xylVarString::try_next_token_int64, cases);
 }
 
 TEST(xylVarString, NextTokenNumbersGiveTheValueAlone) {
