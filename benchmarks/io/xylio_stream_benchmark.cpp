@@ -1,20 +1,20 @@
 // Values through streams by their virtual operators, beside what the standard library does for the
 // same bytes.
 
+#include "../numbers.h"
+
 #include <morvantis/io/xylinput_binary_file_stream.h>
 #include <morvantis/io/xylio_binary_stream.h>
 #include <morvantis/io/xylio_text_stream.h>
 
 #include <benchmark/benchmark.h>
 
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -24,29 +24,9 @@ namespace {
 // So many values that no branch predictor learns the lengths of their texts by heart.
 constexpr int count = 16384;
 
-// Values of all lengths, as many decimal digits as often as another number of them.
 template <typename Number> const std::vector<Number>& numbers() {
-	static const std::vector<Number> all = [] {
-		std::mt19937_64 random(2);
-		std::vector<Number> values(count);
-		for (Number& value : values) {
-			if constexpr (std::is_floating_point_v<Number>) {
-				value = static_cast<Number>((static_cast<double>(random()) / 1.8e19 - 0.5) *
-				                            static_cast<double>(1ull << random() % 32));
-			} else {
-				value = static_cast<Number>(random()) >> random() % (sizeof(Number) * CHAR_BIT);
-			}
-		}
-		return values;
-	}();
+	static const std::vector<Number> all = numbers_of_all_lengths<Number>(count);
 	return all;
-}
-
-int format(char* text, size_t size, int value) { return std::snprintf(text, size, "%d", value); }
-int format(char* text, size_t size, long long v) { return std::snprintf(text, size, "%lld", v); }
-int format(char* text, size_t size, double v) { return std::snprintf(text, size, "%f ", v); }
-int format(char* text, size_t size, float value) {
-	return format(text, size, static_cast<double>(value));
 }
 
 // A call that the compiler can't see through.
@@ -71,7 +51,7 @@ template <typename Number> void text_out_snprintf(benchmark::State& state) {
 	char text[400];
 	for (auto _ : state) {
 		for (const Number value : numbers<Number>()) {
-			format(text, sizeof(text), value);
+			write_by_snprintf(text, sizeof(text), value);
 			benchmark::DoNotOptimize(text);
 		}
 	}
@@ -104,7 +84,7 @@ template <typename Number, auto convert> void text_in_c(benchmark::State& state)
 	std::vector<std::string> tokens;
 	char text[400];
 	for (const Number value : numbers<Number>()) {
-		format(text, sizeof(text), value);
+		write_by_snprintf(text, sizeof(text), value);
 		tokens.emplace_back(text);
 	}
 	for (auto _ : state) {

@@ -1,39 +1,21 @@
 // Numbers appended to a string and read back, beside the C library's forms of the same texts.
 
+#include "../numbers.h"
+
 #include <morvantis/strings/xylvarstring.h>
 
 #include <benchmark/benchmark.h>
 
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 #include <string>
 #include <vector>
 
 namespace {
 
-// Values of all lengths, as many decimal digits as often as another number of them.
 template <typename Number> std::vector<Number> numbers() {
-	std::mt19937_64 random(2);
-	std::vector<Number> values(1024);
-	for (Number& value : values) {
-		if constexpr (std::is_floating_point_v<Number>) {
-			value = static_cast<Number>((static_cast<double>(random()) / 1.8e19 - 0.5) *
-			                            static_cast<double>(1ull << random() % 32));
-		} else {
-			value = static_cast<Number>(random()) >> random() % (sizeof(Number) * CHAR_BIT);
-		}
-	}
-	return values;
+	return numbers_of_all_lengths<Number>(1024);
 }
-
-void format(char* text, size_t size, int value) { std::snprintf(text, size, "%d", value); }
-void format(char* text, size_t size, long long v) { std::snprintf(text, size, "%lld", v); }
-void format(char* text, size_t size, float value) {
-	std::snprintf(text, size, "%f", static_cast<double>(value));
-}
-void format(char* text, size_t size, double value) { std::snprintf(text, size, "%f", value); }
 
 template <typename Number> void append_ours(benchmark::State& state) {
 	const std::vector<Number> values = numbers<Number>();
@@ -53,7 +35,7 @@ template <typename Number> void snprintf_only(benchmark::State& state) {
 	char text[64];
 	size_t i = 0;
 	for (auto _ : state) {
-		format(text, sizeof(text), values[i++ % values.size()]);
+		write_by_snprintf(text, sizeof(text), values[i++ % values.size()]);
 		benchmark::DoNotOptimize(text);
 	}
 }
