@@ -24,12 +24,10 @@ constexpr char purpose[] =
 	"Everything else is copied as it is, and so are frames whose symbol file isn't found.";
 constexpr char codes[] =
 	"A symbol file is taken only if it belongs to the very build of the frame's image; what was\n"
-	"refused is told on standard error. On Linux, ELF files are looked for in /usr/lib/debug too, "
-	"and\n"
-	"PDB files are read by llvm-symbolizer.\n\n"
-	"Ends with 0 if every frame was resolved, 1 if some have no symbol file, 2 for a wrong "
-	"command\n"
-	"line, 3 if a symbol file was refused because its build differs, 4 if the text can't be read.";
+	"refused is told on standard error. On Linux, ELF files are looked for in /usr/lib/debug\n"
+	"too, and PDB files are read by llvm-symbolizer.\n\n"
+	"Ends with 0 if every frame was resolved, 1 if some were not, 2 for a wrong command line, 3\n"
+	"if a symbol file was refused because its build differs, 4 if the text can't be read.";
 
 struct Options {
 	std::string text = "-";
