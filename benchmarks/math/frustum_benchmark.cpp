@@ -1,5 +1,7 @@
-// Culling: 16,384 bounds caches against one frustum. "mixed" is a scene around the observer, most
-// of it out of sight; in "straddling" every box is near a plane and the corners decide.
+// Culling: 16,384 bounds caches against a frustum. "mixed" is a scene around the observer, most of
+// it out of sight; in "straddling" every box is near a plane and the corners decide. In "mixed" the
+// observer looks elsewhere in every pass, as one does in a game; "standing" is the same scene seen
+// alike over and over, so that a branch predictor learns what becomes of each object by heart.
 
 #include "inputs.h"
 #include "plain_frustum.h"
@@ -11,15 +13,27 @@ namespace {
 
 constexpr int cache_count = 16384;
 
-// A camera at the origin that looks along +Y, 90 degrees wide and high.
-xylFrustum camera() {
+// A camera at the origin, 90 degrees wide and high, that looks along the frame's forward axis.
+xylFrustum camera(const xylMatrix_frame& frame) {
 	const float h = xyl_lanes::square_root(0.5f);
 	xylPlane planes[6] = {{{0, 1, 0}, {0, 1, 0}},  {{0, 100, 0}, {0, -1, 0}},
 	                      {{0, 0, 0}, {h, h, 0}},  {{0, 0, 0}, {-h, h, 0}},
 	                      {{0, 0, 0}, {0, h, -h}}, {{0, 0, 0}, {0, h, h}}};
+	for (xylPlane& plane : planes) {
+		plane.point = frame.transform_direction(plane.point);
+		plane.normal = frame.transform_direction(plane.normal);
+	}
 	xylFrustum frustum;
 	frustum.set_planes(planes);
 	return frustum;
+}
+
+// Where the observer looks, pass after pass.
+enum class View { standing, turning };
+std::vector<xylFrustum> cameras(View view) {
+	if (view == View::standing) return {camera(xylMatrix_frame::identity())};
+	Inputs inputs;
+	return inputs.array(256, [&] { return camera(inputs.frame(0)); });
 }
 
 std::vector<xylObject_bounds_cache> scene(bool straddling) {
@@ -39,23 +53,29 @@ std::vector<xylObject_bounds_cache> scene(bool straddling) {
 	return caches;
 }
 
-template <typename In, typename Call>
-void cull(benchmark::State& state, const std::vector<In>& in, Call call) {
+// One pass holds all objects against one camera, the next against the next one.
+template <typename Camera, typename In, typename Call>
+void cull(benchmark::State& state, const std::vector<Camera>& cameras, const std::vector<In>& in,
+          Call call) {
+	std::size_t pass = 0;
 	for (auto _ : state) {
+		const Camera& camera = cameras[pass++ % cameras.size()];
 		int seen = 0;
-		for (const In& cache : in) seen += static_cast<int>(call(cache)) != 0;
+		for (const In& object : in) seen += static_cast<int>(call(camera, object)) != 0;
 		benchmark::DoNotOptimize(seen);
 	}
 	state.SetItemsProcessed(state.iterations() * static_cast<long>(in.size()));
 }
 
 plain::Vec<float> to_plain(const xylVec3& v) { return {v.x, v.y, v.z}; }
-plain::Frustum<float> plain_camera() {
-	plain::Frustum<float> result;
-	const xylFrustum frustum = camera();
-	for (int i = 0; i < 6; ++i) {
-		result.planes[i] = {to_plain(frustum.planes_[i].point),
-		                    to_plain(frustum.planes_[i].normal)};
+std::vector<plain::Frustum<float>> plain_cameras(View view) {
+	std::vector<plain::Frustum<float>> result;
+	for (const xylFrustum& frustum : cameras(view)) {
+		plain::Frustum<float>& copy = result.emplace_back();
+		for (int i = 0; i < 6; ++i) {
+			copy.planes[i] = {to_plain(frustum.planes_[i].point),
+			                  to_plain(frustum.planes_[i].normal)};
+		}
 	}
 	return result;
 }
@@ -99,12 +119,36 @@ struct Glm_cache {
 struct Glm_plane {
 	glm::vec3 point, normal;
 };
-[[gnu::noinline]] int check_glm(const Glm_plane* planes, const Glm_cache& cache) {
+struct Glm_frustum {
+	Glm_plane planes[6];
+};
+glm::vec3 to_glm(const xylVec3& v) { return {v.x, v.y, v.z}; }
+std::vector<Glm_frustum> glm_cameras(View view) {
+	std::vector<Glm_frustum> result;
+	for (const xylFrustum& frustum : cameras(view)) {
+		Glm_frustum& copy = result.emplace_back();
+		for (int i = 0; i < 6; ++i) {
+			copy.planes[i] = {to_glm(frustum.planes_[i].point), to_glm(frustum.planes_[i].normal)};
+		}
+	}
+	return result;
+}
+std::vector<Glm_cache> glm_scene(bool straddling) {
+	std::vector<Glm_cache> result;
+	for (const xylObject_bounds_cache& cache : scene(straddling)) {
+		Glm_cache& copy = result.emplace_back();
+		copy.center = to_glm(cache.center);
+		copy.radius = cache.radius;
+		for (int i = 0; i < 8; ++i) copy.tips[i] = to_glm(cache.tips[i]);
+	}
+	return result;
+}
+[[gnu::noinline]] int check_glm(const Glm_frustum& frustum, const Glm_cache& cache) {
 	const auto distance = [](const Glm_plane& plane, const glm::vec3& p) {
 		return glm::dot(p - plane.point, plane.normal);
 	};
 	return check_in_two_phases(
-		planes, cache, distance,
+		frustum.planes, cache, distance,
 		[&](const Glm_plane& plane, const glm::vec3& tip) { return distance(plane, tip) >= 0; });
 }
 
@@ -126,57 +170,46 @@ struct Plain_sphere {
 	float radius;
 };
 [[gnu::noinline]] int check_plain_sphere(const plain::Frustum<float>& frustum,
-                                         const plain::Vec<float>& center, float radius) {
-	return plain::check_sphere(frustum, center, radius);
+                                         const Plain_sphere& sphere) {
+	return plain::check_sphere(frustum, sphere.center, sphere.radius);
 }
 
-void caches_ours(benchmark::State& state, bool straddling) {
-	const xylFrustum frustum = camera();
-	cull(state, scene(straddling),
-	     [&](const auto& cache) { return frustum.check_bounds_cache(cache); });
+void caches_ours(benchmark::State& state, View view, bool straddling) {
+	cull(state, cameras(view), scene(straddling),
+	     [](const auto& camera, const auto& cache) { return camera.check_bounds_cache(cache); });
 }
-void caches_plain(benchmark::State& state, bool straddling) {
-	const auto frustum = plain_camera();
-	cull(state, plain_scene(straddling),
-	     [&](const auto& cache) { return check_plain(frustum, cache); });
+void caches_plain(benchmark::State& state, View view, bool straddling) {
+	cull(state, plain_cameras(view), plain_scene(straddling), check_plain);
 }
-void caches_glm(benchmark::State& state, bool straddling) {
-	const xylFrustum frustum = camera();
-	Glm_plane planes[6];
-	const auto to_glm = [](const xylVec3& v) { return glm::vec3(v.x, v.y, v.z); };
-	for (int i = 0; i < 6; ++i) {
-		planes[i] = {to_glm(frustum.planes_[i].point), to_glm(frustum.planes_[i].normal)};
-	}
-	std::vector<Glm_cache> caches;
-	for (const xylObject_bounds_cache& cache : scene(straddling)) {
-		Glm_cache copy = {to_glm(cache.center), {}, cache.radius};
-		for (int i = 0; i < 8; ++i) copy.tips[i] = to_glm(cache.tips[i]);
-		caches.push_back(copy);
-	}
-	cull(state, caches, [&](const auto& cache) { return check_glm(planes, cache); });
+void caches_glm(benchmark::State& state, View view, bool straddling) {
+	cull(state, glm_cameras(view), glm_scene(straddling), check_glm);
 }
-BENCHMARK_CAPTURE(caches_ours, m, false)->Name("check_bounds_cache_mixed/ours");
-BENCHMARK_CAPTURE(caches_plain, m, false)->Name("check_bounds_cache_mixed/plain");
-BENCHMARK_CAPTURE(caches_glm, m, false)->Name("check_bounds_cache_mixed/glm");
-BENCHMARK_CAPTURE(caches_ours, s, true)->Name("check_bounds_cache_straddling/ours");
-BENCHMARK_CAPTURE(caches_plain, s, true)->Name("check_bounds_cache_straddling/plain");
-BENCHMARK_CAPTURE(caches_glm, s, true)->Name("check_bounds_cache_straddling/glm");
+#define CACHES(name, view, straddling)                                                             \
+	BENCHMARK_CAPTURE(caches_ours, name, view, straddling)->Name(#name "/ours");                   \
+	BENCHMARK_CAPTURE(caches_plain, name, view, straddling)->Name(#name "/plain");                 \
+	BENCHMARK_CAPTURE(caches_glm, name, view, straddling)->Name(#name "/glm")
+CACHES(check_bounds_cache_mixed, View::turning, false);
+CACHES(check_bounds_cache_standing, View::standing, false);
+CACHES(check_bounds_cache_straddling, View::standing, true);
 
-void sphere_ours(benchmark::State& state) {
-	const xylFrustum frustum = camera();
+void sphere_ours(benchmark::State& state, View view) {
 	std::vector<Sphere> spheres;
 	for (const auto& cache : scene(false)) spheres.push_back({cache.center, cache.radius});
-	cull(state, spheres, [&](const Sphere& s) { return frustum.check_sphere(s.center, s.radius); });
+	cull(state, cameras(view), spheres, [](const xylFrustum& camera, const Sphere& s) {
+		return camera.check_sphere(s.center, s.radius);
+	});
 }
-void sphere_plain(benchmark::State& state) {
-	const auto frustum = plain_camera();
+void sphere_plain(benchmark::State& state, View view) {
 	std::vector<Plain_sphere> spheres;
-	for (const auto& cache : scene(false))
+	for (const auto& cache : scene(false)) {
 		spheres.push_back({to_plain(cache.center), cache.radius});
-	cull(state, spheres,
-	     [&](const Plain_sphere& s) { return check_plain_sphere(frustum, s.center, s.radius); });
+	}
+	cull(state, plain_cameras(view), spheres, check_plain_sphere);
 }
-BENCHMARK(sphere_ours)->Name("check_sphere/ours");
-BENCHMARK(sphere_plain)->Name("check_sphere/plain");
+#define SPHERES(name, view)                                                                        \
+	BENCHMARK_CAPTURE(sphere_ours, name, view)->Name(#name "/ours");                               \
+	BENCHMARK_CAPTURE(sphere_plain, name, view)->Name(#name "/plain")
+SPHERES(check_sphere, View::turning);
+SPHERES(check_sphere_standing, View::standing);
 
 } // namespace

@@ -1,5 +1,4 @@
-// Vectors, quaternions, boxes and segments: what is done for each object each frame. Every pass
-// goes over 16,384 inputs, more than a branch predictor learns by heart.
+// Vectors, quaternions, boxes and segments: what is done for each object each frame.
 
 #include "inputs.h"
 #include "plain_queries.h"
@@ -23,11 +22,13 @@ glm::vec3 to_glm(const xylVec3& v) { return {v.x, v.y, v.z}; }
 btVector3 to_bullet(const xylVec3& v) { return {v.x, v.y, v.z}; }
 
 // One call per input; `out` takes the results.
-template <typename In, typename Out, typename Call>
+template <typename Order = Same_order, typename In, typename Out, typename Call>
 void pass(benchmark::State& state, const std::vector<In>& in, Out out_value, Call call) {
 	std::vector<Out> out(in.size(), out_value);
+	Order order(in.size());
 	for (auto _ : state) {
-		for (std::size_t i = 0; i < in.size(); ++i) call(in[i], out[i]);
+		order.next_pass();
+		for (std::size_t i = 0; i < in.size(); ++i) call(in[order[i]], out[i]);
 		benchmark::ClobberMemory();
 	}
 	benchmark::DoNotOptimize(out.data());
@@ -112,29 +113,32 @@ BENCHMARK(matrix_of_quaternion_glm)->Name("matrix_of_quaternion/glm");
 BENCHMARK(matrix_of_quaternion_eigen)->Name("matrix_of_quaternion/eigen");
 
 void quaternion_of_matrix_ours(benchmark::State& state) {
-	pass(state, rotations([](xylQuaternion q) { return q.to_mat3(); }), xylQuaternion{},
-	     [](const xylMat3& m, xylQuaternion& out) { xylQuaternion::quaternion_from_mat3(out, m); });
+	pass<Any_order>(
+		state, rotations([](xylQuaternion q) { return q.to_mat3(); }), xylQuaternion{},
+		[](const xylMat3& m, xylQuaternion& out) { xylQuaternion::quaternion_from_mat3(out, m); });
 }
 void quaternion_of_matrix_glm(benchmark::State& state) {
-	pass(state,
-	     rotations([](xylQuaternion q) { return glm::mat3_cast(glm::quat(q.w, q.x, q.y, q.z)); }),
-	     glm::quat(), [](const glm::mat3& m, glm::quat& out) { out = glm::quat_cast(m); });
+	pass<Any_order>(
+		state,
+		rotations([](xylQuaternion q) { return glm::mat3_cast(glm::quat(q.w, q.x, q.y, q.z)); }),
+		glm::quat(), [](const glm::mat3& m, glm::quat& out) { out = glm::quat_cast(m); });
 }
 void quaternion_of_matrix_eigen(benchmark::State& state) {
-	pass(state, rotations([](xylQuaternion q) {
-			 return Eigen::Matrix3f(Eigen::Quaternionf(q.w, q.x, q.y, q.z).toRotationMatrix());
-		 }),
-	     Eigen::Quaternionf(Eigen::Quaternionf::Identity()),
-	     [](const Eigen::Matrix3f& m, Eigen::Quaternionf& out) { out = m; });
+	pass<Any_order>(state, rotations([](xylQuaternion q) {
+						return Eigen::Matrix3f(
+							Eigen::Quaternionf(q.w, q.x, q.y, q.z).toRotationMatrix());
+					}),
+	                Eigen::Quaternionf(Eigen::Quaternionf::Identity()),
+	                [](const Eigen::Matrix3f& m, Eigen::Quaternionf& out) { out = m; });
 }
 // What nobody can do without: one root, one division, and a product of what comes out.
 void quaternion_of_matrix_floor(benchmark::State& state) {
-	pass(state, rotations([](xylQuaternion q) { return q.to_mat3(); }), xylQuaternion{},
-	     [](const xylMat3& m, xylQuaternion& out) {
-			 const __m128 row = m.s.lanes();
-			 const __m128 scale = _mm_div_ss(_mm_set_ss(0.5f), _mm_sqrt_ss(row));
-			 _mm_store_ps(&out.w, _mm_mul_ps(row, xyl_lanes::splat<0>(scale)));
-		 });
+	pass<Any_order>(state, rotations([](xylQuaternion q) { return q.to_mat3(); }), xylQuaternion{},
+	                [](const xylMat3& m, xylQuaternion& out) {
+						const __m128 row = m.s.lanes();
+						const __m128 scale = _mm_div_ss(_mm_set_ss(0.5f), _mm_sqrt_ss(row));
+						_mm_store_ps(&out.w, _mm_mul_ps(row, xyl_lanes::splat<0>(scale)));
+					});
 }
 BENCHMARK(quaternion_of_matrix_ours)->Name("quaternion_of_matrix/ours");
 BENCHMARK(quaternion_of_matrix_glm)->Name("quaternion_of_matrix/glm");
@@ -224,7 +228,7 @@ std::vector<Segments> segments() {
 	});
 }
 void segment_pairs_ours(benchmark::State& state) {
-	pass(state, segments(), Points(), [](const Segments& in, Points& out) {
+	pass<Any_order>(state, segments(), Points(), [](const Segments& in, Points& out) {
 		xylMath::shortest_segment_between_lines(in.p0, in.p1, in.q0, in.q1, out.p, out.q);
 	});
 }
@@ -243,7 +247,7 @@ void segment_pairs_plain(benchmark::State& state) {
 	for (const Segments& s : segments()) {
 		in.push_back({to_plain(s.p0), to_plain(s.p1), to_plain(s.q0), to_plain(s.q1)});
 	}
-	pass(state, in, Plain_points(), plain_segment_pair);
+	pass<Any_order>(state, in, Plain_points(), plain_segment_pair);
 }
 BENCHMARK(segment_pairs_ours)->Name("segment_pairs/ours");
 BENCHMARK(segment_pairs_plain)->Name("segment_pairs/plain");

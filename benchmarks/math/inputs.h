@@ -1,5 +1,5 @@
-// Inputs of the geometry's benchmarks: arrays of fixed pseudo-random values, larger than what a
-// branch predictor remembers and small enough for the caches.
+// Inputs of the geometry's benchmarks: arrays of fixed pseudo-random values that fit the caches,
+// and the orders in which to take them.
 #pragma once
 
 #include <morvantis/math/xylfrustum.h>
@@ -7,7 +7,7 @@
 
 #include <vector>
 
-inline constexpr int input_count = 16384;
+inline constexpr int input_count = 2048; // a power of two, as Any_order needs
 
 class Inputs {
 public:
@@ -53,5 +53,29 @@ public:
 	}
 
 private:
+	unsigned long long state_ = 1;
+};
+
+// As they stand: for calls without branches.
+struct Same_order {
+	explicit Same_order(std::size_t) {}
+	void next_pass() {}
+	std::size_t operator[](std::size_t i) const { return i; }
+};
+
+// Every pass in an order of its own. Where passes repeat, a branch predictor learns the answers of
+// ten thousand inputs by heart; in a game no two frames ask the same questions in the same order.
+class Any_order {
+public:
+	explicit Any_order(std::size_t count) : mask_(count - 1) {}
+	void next_pass() {
+		state_ = state_ * 6364136223846793005ull + 1442695040888963407ull;
+		start_ = state_ >> 48;
+		step_ = state_ >> 32 | 1;
+	}
+	std::size_t operator[](std::size_t i) const { return (start_ + i * step_) & mask_; }
+
+private:
+	std::size_t mask_, start_ = 0, step_ = 1;
 	unsigned long long state_ = 1;
 };
