@@ -292,9 +292,8 @@ xylFrustum_check_result xylFrustum::check_sphere(const xylVec3& center, float ra
 	const unsigned outside = bits >> 8;
 	const unsigned decided = (bits | outside) & 0xFF;
 	const unsigned deciding = decided & (0u - decided);
-	static constexpr xylFrustum_check_result answers[2][2] = {
-		{frustum_inside, frustum_inside}, {frustum_intersects, frustum_outside}};
-	return answers[decided != 0][(outside & deciding) != 0];
+	const int is_seen = (outside & deciding) == 0;
+	return static_cast<xylFrustum_check_result>(is_seen << (decided != 0)); // 0, 1 or 1 << 1
 }
 
 xylFrustum_check_result xylFrustum::check_quad(const xylVec3* points) const {
