@@ -17,10 +17,12 @@ inline __m128 xyz_mask() { return _mm_castsi128_ps(_mm_set_epi32(0, -1, -1, -1))
 inline __m128 with_zero(__m128 v) { return _mm_and_ps(v, xyz_mask()); }
 inline __m128 with_one(__m128 v) { return _mm_or_ps(with_zero(v), _mm_set_ps(1, 0, 0, 0)); }
 inline __m128 with_marker(__m128 v) { return _mm_or_ps(with_zero(v), _mm_set_ps(marker, 0, 0, 0)); }
-// The first three lanes of `v` and the fourth of `other`.
-inline __m128 with_fourth_of(__m128 v, __m128 other) {
-	return _mm_or_ps(with_zero(v), _mm_andnot_ps(xyz_mask(), other));
+// `a` where the mask is set, else `b`.
+inline __m128 either(__m128 mask, __m128 a, __m128 b) {
+	return _mm_or_ps(_mm_and_ps(mask, a), _mm_andnot_ps(mask, b));
 }
+// The first three lanes of `v` and the fourth of `other`.
+inline __m128 with_fourth_of(__m128 v, __m128 other) { return either(xyz_mask(), v, other); }
 
 // Lane `lane` in all four. Shuffles of one vector are those of integers, which leave it as it is:
 // the ones of floats overwrite it, and cost a copy where it is used again.

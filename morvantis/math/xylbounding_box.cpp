@@ -30,7 +30,7 @@ __m128 tip_point(const xylBounding_box& box, int i) {
 	const int greater = tip_corners[i];
 	const __m128 mask = _mm_castsi128_ps(
 		_mm_set_epi32(0, -(greater >> 2 & 1), -(greater >> 1 & 1), -(greater & 1)));
-	return _mm_or_ps(_mm_and_ps(mask, box.max.lanes()), _mm_andnot_ps(mask, box.min.lanes()));
+	return either(mask, box.max.lanes(), box.min.lanes());
 }
 
 bool is_nearly_identity(const xylMatrix_frame& frame) {

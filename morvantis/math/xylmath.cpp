@@ -105,13 +105,12 @@ void xylMath::shortest_segment_between_lines(const xylVec3& p0, const xylVec3& p
 		const __m128 below = _mm_cmpnge_ss(g, _mm_setzero_ps());
 		const __m128 above = _mm_cmpgt_ss(g, e);
 		const __m128 outer = _mm_or_ps(below, above);
-		const __m128 end =
-			_mm_or_ps(_mm_and_ps(below, negative(c)), _mm_andnot_ps(below, _mm_sub_ss(b, c)));
+		const __m128 end = either(below, negative(c), _mm_sub_ss(b, c));
 		const __m128 outer_s = held(_mm_div_ss(end, a));
 		const __m128 inner_t = _mm_div_ss(g, e);
 		const __m128 outer_t = _mm_and_ps(above, _mm_set_ss(1));
-		s = _mm_or_ps(_mm_and_ps(outer, outer_s), _mm_andnot_ps(outer, inner_s));
-		t = _mm_or_ps(_mm_and_ps(outer, outer_t), _mm_andnot_ps(outer, inner_t));
+		s = either(outer, outer_s, inner_s);
+		t = either(outer, outer_t, inner_t);
 	} else if (has_q) {
 		t = held(_mm_div_ss(f, e));
 	} else if (has_p) {

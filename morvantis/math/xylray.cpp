@@ -184,30 +184,32 @@ bool store_sphere_hit(const xylRay& ray, const zubSphere_data& sphere, Side side
 
 } // namespace
 
+// Without a branch, since what a ray meets is hard to foresee: all cases are computed, then chosen.
 bool xylRay::intersect_with_sphere(const xylVec3& center, float radius, xylVec3& out_point) const {
+	const __m128 zero = _mm_setzero_ps();
 	const __m128 start = origin.lanes();
 	const __m128 along = direction.lanes();
 	const __m128 way = _mm_sub_ps(center.lanes(), start);
 	const __m128 squared_radius = _mm_set1_ps(radius * radius);
 	const __m128 t = xyl_lanes::dot(way, along);
-	if (!(first(t) > 0)) [[unlikely]] {
-		if (!(first(xyl_lanes::dot(way, way)) < first(squared_radius))) return false;
-		out_point = origin;
-		return true;
-	}
+	const __m128 is_ahead = _mm_cmpgt_ps(t, zero);
 	const __m128 foot = _mm_add_ps(start, _mm_mul_ps(along, splat<0>(t)));
 	const __m128 off = _mm_sub_ps(foot, center.lanes());
 	const __m128 h = _mm_sub_ss(squared_radius, xyl_lanes::dot(off, off));
-	if (!(first(h) >= 0)) return false;
 	const __m128 entry = _mm_sub_ss(t, _mm_sqrt_ss(h));
-	if (!(first(entry) >= 0)) [[unlikely]] {
-		out_point = origin;
-		return true;
-	}
-	if (first(entry) > max_distance) return false;
-	out_point =
-		xylVec3::from_lanes(with_marker(_mm_add_ps(start, _mm_mul_ps(along, splat<0>(entry)))));
-	return true;
+	const __m128 is_inside = _mm_cmpnge_ps(entry, zero);
+	const __m128 is_near = _mm_cmpngt_ps(entry, _mm_load_ss(&max_distance));
+	const __m128 hits_ahead = _mm_and_ps(_mm_cmpge_ps(h, zero), _mm_or_ps(is_inside, is_near));
+	const __m128 surrounds = _mm_cmplt_ps(xyl_lanes::dot(way, way), squared_radius);
+	const __m128 hit = either(is_ahead, hits_ahead, surrounds);
+
+	const __m128 entered = with_marker(_mm_add_ps(start, _mm_mul_ps(along, splat<0>(entry))));
+	const __m128 has_entry = splat<0>(_mm_andnot_ps(is_inside, is_ahead));
+	const bool is_hit = _mm_movemask_ps(hit) & 1;
+	xylVec3 dropped;
+	xylVec3& out = is_hit ? out_point : dropped;
+	out = xylVec3::from_lanes(either(has_entry, entered, start));
+	return is_hit;
 }
 
 bool xylRay::get_sphere_intersection_details(const zubSphere_data& sphere, float& t_near,
