@@ -6,6 +6,7 @@ systems   only the system layer branches on the operating system or includes its
 listed    every source, test and public header stands in its folder's CMakeLists.txt
 heap      library objects come from the heap door, not from operator new
 size      no source, header or test has more than 1,000 lines
+light     math headers bring in next to nothing, so that they compile in no time
 """
 
 import pathlib
@@ -35,6 +36,9 @@ SYSTEM_MACRO = re.compile(r"_WIN(32|64)|\bWIN32\b|__linux|__unix|__MINGW|_MSC_VE
 SYSTEM_HEADER = re.compile(r"(windows|winsock2|ws2tcpip|unistd|dlfcn|pthread|fcntl|netdb|poll|pwd|dirent|malloc|io|"
                            r"process|direct|spawn|ucontext|link|elf|aio|mmsystem|psapi|tlhelp32|dbghelp|shellapi)\.h"
                            r"|(sys|arpa|netinet|linux|net)/.*")
+# All that is not ours and that a math header may bring in; the polygon's brings in its array.
+LIGHT = {"emmintrin.h", "cstddef", "iosfwd"}
+NOT_LIGHT = {"math/xylconvex_polygon.h"}
 
 
 def without_comments(text):
@@ -188,9 +192,26 @@ def check_size():
             if (count := len(path.read_text(encoding="utf-8").splitlines())) > 1000]
 
 
+def foreign_includes(file, seen):
+    """What a header of ours includes that is not ours, directly or through others of ours."""
+    for _, included in includes_of(LIBRARY / file):
+        if not included.startswith("morvantis/"):
+            yield included
+        elif (target := included[len("morvantis/"):]) not in seen:
+            seen.add(target)
+            yield from foreign_includes(target, seen)
+
+
+def check_light():
+    return [f"morvantis/{file}: brings in {foreign}"
+            for file in sorted(path.relative_to(LIBRARY).as_posix() for path in LIBRARY.glob("math/*.h"))
+            if file not in NOT_LIGHT
+            for foreign in sorted(set(foreign_includes(file, {file})) - LIGHT)]
+
+
 def main():
     rules = {"layers": check_layers, "systems": check_systems, "listed": check_listed, "heap": check_heap,
-             "size": check_size}
+             "size": check_size, "light": check_light}
     if len(sys.argv) != 2 or sys.argv[1] not in rules:
         sys.exit(__doc__)
     problems = rules[sys.argv[1]]()
