@@ -104,6 +104,27 @@ TEST_P(Elf_symbols_test, AnswersNothingOutsideTheCode) {
 INSTANTIATE_TEST_SUITE_P(Images, Elf_symbols_test, testing::Values("known_debug", "known_release"),
                          [](const auto& test) { return test.param; });
 
+TEST(Elf_symbols, PassesOverWhatTheLinkerDropped) {
+	const Known_image image("known_dropped");
+	for (const char* form : {"", "no_aranges"}) {
+		SCOPED_TRACE(form);
+		os::Elf_symbols symbols;
+		ASSERT_TRUE(symbols.open(known_file("known_dropped", form).c_str()));
+		expect_places(image, symbols, nullptr);
+	}
+}
+
+TEST(Elf_symbols, CountsPlacesFromWhereTheImageWasLinkedFor) {
+	const Known_image image("known_placed");
+	os::Elf_symbols symbols;
+	ASSERT_TRUE(symbols.open(known_file("known_placed", "").c_str()));
+	expect_places(image, symbols, nullptr);
+	constexpr unsigned char id[16] = {0xA1, 0xB2, 0xC3, 0xD4,
+	                                  0xE5, 0xF6, 0x07, 0x18}; // filled up with zeros
+	ASSERT_NE(symbols.build_id(), nullptr);
+	EXPECT_EQ(std::memcmp(symbols.build_id(), id, sizeof(id)), 0);
+}
+
 TEST(Elf_symbols, OpensNothingButImages) {
 	for (const char* path : {"/nowhere/at/all", "/", "/etc/passwd", "/dev/null", ""}) {
 		SCOPED_TRACE(path);

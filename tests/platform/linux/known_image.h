@@ -27,11 +27,11 @@ struct Known_offset {
 	xylUInt32 line;
 };
 
-// Loads the image for as long as the object lives, and asks it for its places.
+// Loads a form of the image for as long as the object lives, and asks it for its places.
 class Known_image {
 public:
-	explicit Known_image(const std::string& name) {
-		module_ = dlopen(known_file(name, "").c_str(), RTLD_NOW | RTLD_LOCAL);
+	explicit Known_image(const std::string& name, const std::string& form = "") {
+		module_ = dlopen(known_file(name, form).c_str(), RTLD_NOW | RTLD_LOCAL);
 		if (!module_) {
 			ADD_FAILURE() << dlerror();
 			return;

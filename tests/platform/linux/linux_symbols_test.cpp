@@ -101,6 +101,46 @@ TEST_F(Linux_symbols_test, AnswersAddressesOfThisProcess) {
 	}
 }
 
+TEST_F(Linux_symbols_test, AnswersAddressesBySearchingItsPaths) {
+	const Known_image image("known_release", "stripped");
+	const Known_offset known = image.places()[1];
+	const auto address = reinterpret_cast<xylUInt64>(image.base() + known.offset);
+	const auto line_of = [address] {
+		os::Engine_line line{nullptr, 0};
+		return os::engine_line(nullptr, address, line) ? line.line : 0;
+	};
+	const std::string folder = MORVANTIS_TEST_IMAGES "/separate";
+	EXPECT_EQ(line_of(), 0u) << "not started";
+	start("/nowhere");
+	EXPECT_EQ(line_of(), 0u);
+	start("/nowhere;" + folder);
+	EXPECT_EQ(line_of(), known.line);
+	os::set_symbol_search_path(nullptr, "/nowhere");
+	EXPECT_EQ(line_of(), 0u);
+	os::set_symbol_search_path(nullptr, folder.c_str());
+	EXPECT_EQ(line_of(), known.line);
+	os::stop_symbol_engine(nullptr);
+	EXPECT_EQ(line_of(), 0u);
+	os::set_symbol_search_path(nullptr, folder.c_str()); // too late, or too early
+	EXPECT_EQ(line_of(), 0u);
+}
+
+TEST_F(Linux_symbols_test, AnswersAddressesOfAnImageWithAPlaceOfItsOwn) {
+	const Known_image image("known_placed");
+	start("");
+	const std::unique_ptr<void, decltype(&std::free)> record(os::allocate_engine_record(),
+	                                                         std::free);
+	const auto name = std::make_unique<os::Engine_name>();
+	for (const Known_offset& known : image.places()) {
+		const auto address = reinterpret_cast<xylUInt64>(image.base() + known.offset);
+		os::Engine_line line;
+		ASSERT_TRUE(os::engine_line(nullptr, address, line));
+		EXPECT_EQ(line.line, known.line);
+		ASSERT_TRUE(os::engine_name(nullptr, address, record.get(), *name));
+		EXPECT_EQ(name->plain, known.function);
+	}
+}
+
 TEST_F(Linux_symbols_test, HasTheDecoratedNameInTheRecord) {
 	const Known_image image("known_release");
 	start("");

@@ -6,8 +6,11 @@
 
 #include <array>
 #include <cctype>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace {
 
@@ -42,8 +45,9 @@ protected:
 	}
 
 	// The path found for known_release, or "".
-	std::string find(const std::string& search_paths, const std::string& image_path = "") {
-		const os::Wanted_build build{image_name, image_path.c_str(), guid_.data(), 0};
+	std::string find(const std::string& search_paths, const std::string& image_path = "",
+	                 xylUInt32 age = 0) {
+		const os::Wanted_build build{image_name, image_path.c_str(), guid_.data(), age};
 		char found[1024] = "";
 		const bool is_found = files_.find(search_paths.c_str(), build, found);
 		EXPECT_EQ(is_found, found[0] != 0);
@@ -78,6 +82,10 @@ TEST_F(Symbol_files_test, FindsEachFormOfName) {
 		fs::remove_all(folder_.path() / "symbols");
 		EXPECT_EQ(find(folder_ / "symbols"), "");
 	}
+	upper.back() = 'A'; // the age, in hexadecimal too
+	const std::string aged = put_separate("aged/known_release.so/" + upper + "B/known_release.so");
+	EXPECT_EQ(find(folder_ / "aged"), "");
+	EXPECT_EQ(find(folder_ / "aged", "", 0xAB), aged);
 	// Of a server element only the store's layout, in any part that is a folder.
 	const std::string stored = put_separate("cache/" + forms[4]);
 	put_separate("cache/" + forms[1]);
@@ -172,6 +180,48 @@ TEST_F(Symbol_files_test, KeepsFilesOpenUntilTheyChange) {
 	EXPECT_EQ(files_.open(file.c_str(), build()), nullptr);
 	fs::remove(file);
 	EXPECT_EQ(files_.open(file.c_str(), build()), nullptr);
+}
+
+TEST_F(Symbol_files_test, ReadsAFileAnewThatWasWrittenToInPlace) {
+	const std::string file = put_separate("known_release.so.debug");
+	EXPECT_NE(files_.open(file.c_str(), build()), nullptr);
+	{ // Another build id, in the same file of the same size.
+		std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+		const std::string bytes(std::istreambuf_iterator<char>(stream), {});
+		const std::string id(guid_.begin(), guid_.end());
+		ASSERT_NE(bytes.find(id), std::string::npos);
+		stream.seekp(static_cast<std::streamoff>(bytes.find(id)));
+		stream.put(static_cast<char>(~id[0]));
+	}
+	fs::last_write_time(file, fs::file_time_type::clock::now() + std::chrono::seconds(2));
+	EXPECT_EQ(files_.open(file.c_str(), build()), nullptr);
+	EXPECT_EQ(find(folder_.path().string()), "");
+}
+
+TEST_F(Symbol_files_test, FindsAShortBuildIdByItsOwnDigits) {
+	constexpr unsigned char id[16] = {0xA1, 0xB2, 0xC3, 0xD4, 0xE5, 0xF6, 0x07, 0x18};
+	const std::string separate = known_file("known_placed", "separate", ".debug");
+	put(separate,
+	    "other/.build-id/a1/b2c3d4e5f607.debug"); // a part of the id, of which nothing is 0
+	put(separate, "right/.build-id/a1/b2c3d4e5f60718.debug");
+	const os::Wanted_build build{"known_placed.so", "", id, 0};
+	char found[1024] = "";
+	EXPECT_FALSE(files_.find((folder_ / "other").c_str(), build, found));
+	EXPECT_TRUE(files_.find((folder_ / "right").c_str(), build, found));
+	EXPECT_EQ(found, folder_ / "right/.build-id/a1/b2c3d4e5f60718.debug");
+}
+
+TEST_F(Symbol_files_test, KeepsAChangedFileOpenThatIsInUse) {
+	const std::string file = put_separate("known_release.so.debug");
+	os::Elf_symbols* const kept = files_.open(file.c_str(), build());
+	ASSERT_NE(kept, nullptr);
+	fs::remove(file);
+	put(known_file("known_release", ""), "known_release.so.debug");
+	EXPECT_EQ(files_.open_beside(kept, file.c_str(), build()), kept);
+	EXPECT_FALSE(kept->has_code()) << "still the old file";
+	os::Elf_symbols* const anew = files_.open(file.c_str(), build());
+	ASSERT_NE(anew, nullptr);
+	EXPECT_TRUE(anew->has_code());
 }
 
 size_t open_descriptors() {

@@ -64,8 +64,11 @@ bool is_namespace(int tag) { return tag == DW_TAG_namespace || tag == DW_TAG_mod
 // Searches a .debug_aranges section for the unit with the code at `address`. The table is a list of
 // sets, one a unit, of 64-bit (start, length) pairs behind a header of 12 bytes and its padding
 // (DWARF 5, section 6.1.2). libdw's own reader sorts all of it first, which takes a hundred times
-// as long as one look at each pair.
-bool find_in_unit_table(std::string_view table, xylUInt64 address, Dwarf_Off& unit) {
+// as long as one look at each pair. Pairs that begin outside all code are passed over: functions
+// that the linker dropped keep theirs, at 0, and a large one would cover the image's first code.
+template <typename Is_code>
+bool find_in_unit_table(std::string_view table, xylUInt64 address, Is_code is_code,
+                        Dwarf_Off& unit) {
 	struct Pair {
 		xylUInt64 start, length;
 	};
@@ -83,7 +86,7 @@ bool find_in_unit_table(std::string_view table, xylUInt64 address, Dwarf_Off& un
 		     at += sizeof(Pair)) {
 			Pair pair;
 			std::memcpy(&pair, table.data() + at, sizeof(pair));
-			if (address - pair.start >= pair.length) continue;
+			if (address - pair.start >= pair.length || !is_code(pair.start)) continue;
 			unit = offset;
 			return true;
 		}
@@ -336,7 +339,8 @@ bool os::Elf_symbols::unit_in_table(xylUInt64 address, Dwarf_Off& die) {
 	if (!table || !table->d_buf) return false;
 	const std::string_view bytes(static_cast<const char*>(table->d_buf), table->d_size);
 	Dwarf_Off unit = 0;
-	if (!find_in_unit_table(bytes, address, unit)) return false;
+	const auto is_code = [this](xylUInt64 start) { return code_section_at(start) != nullptr; };
+	if (!find_in_unit_table(bytes, address, is_code, unit)) return false;
 	Dwarf_Off next = 0;
 	size_t header = 0;
 	if (dwarf_nextcu(dwarf_, unit, &next, &header, nullptr, nullptr, nullptr) != 0) return false;

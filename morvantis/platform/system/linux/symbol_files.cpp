@@ -217,6 +217,7 @@ os::Symbol_files::Known_file* os::Symbol_files::know(const char* path, const Elf
 		file->last_use = ++uses_;
 		return file;
 	}
+	if (is_known && kept && file->symbols == kept) return file; // changed, but in use
 	if (is_known) forget(*file);
 	if (!is_there) return nullptr;
 	file = place_for_new();
