@@ -14,6 +14,8 @@
 #include <gmock/gmock.h>
 #include <windows.h>
 
+#include <dbghelp.h>
+
 #include <cwchar>
 
 namespace {
@@ -238,6 +240,20 @@ TEST_F(Symbol_reader_test, SearchGoesOnPastFilesOfOtherBuilds) {
 		testing::EndsWith("\\second\\game.pdb"));
 }
 
+// Wine copies each element into MAX_PATH characters.
+TEST_F(Symbol_reader_test, FoldersThatAreTooLongArePassedOver) {
+	put_symbol_file("last/game.pdb", Pdb_file(guid, 7, 7));
+	std::filesystem::remove(folder_ / "game.pdb");
+	for (const size_t length : {247u, 248u, 260u, 380u}) {
+		SCOPED_TRACE(length);
+		const std::string paths = "C:\\" + std::string(length - 3, 'x') + ";" + folder_ / "last";
+		SetEnvironmentVariableA("_NT_SYMBOL_PATH", paths.c_str());
+		EXPECT_EQ(resolve(), "@game.exe@run.cpp (12): ns::run");
+	}
+	SetEnvironmentVariableA("_NT_SYMBOL_PATH", nullptr);
+	EXPECT_EQ(resolve(), deferred_line);
+}
+
 TEST_F(Symbol_reader_test, RecordedPathIsCutToItsName) {
 	add_game("D:\\build of another machine\\game.pdb");
 	EXPECT_EQ(resolve(), "@game.exe@run.cpp (12): ns::run");
@@ -249,6 +265,20 @@ TEST_F(Symbol_reader_test, ImageWithoutIdentityIsDeferred) {
 	zubCallstack_helpers::Modules[game_base] = {};
 	zubCallstack_helpers::Modules[game_base].name = "game.exe";
 	EXPECT_EQ(resolve(), "#@{00000000000000000000000000000000} (0): 0:4660");
+}
+
+TEST_F(Symbol_reader_test, EngineHasItsOptionsAndPathsUntilItIsStopped) {
+	const HANDLE process = zubDebughelp_interface::dummy_process;
+	char paths[8192] = "";
+	SymSetOptions(0);
+	SetEnvironmentVariableA("_NT_SYMBOL_PATH", folder_.path().string().c_str());
+	engine().cleanup();
+	EXPECT_FALSE(SymGetSearchPath(process, paths, sizeof(paths)));
+	EXPECT_TRUE(engine().initialize());
+	EXPECT_EQ(SymGetOptions(), 0x2017u);
+	EXPECT_TRUE(SymGetSearchPath(process, paths, sizeof(paths)));
+	EXPECT_STREQ(paths, zubDebughelp_interface::get_symbol_search_paths().char_p());
+	SetEnvironmentVariableA("_NT_SYMBOL_PATH", nullptr);
 }
 
 TEST_F(Symbol_reader_test, EngineThatIsOffDefers) {

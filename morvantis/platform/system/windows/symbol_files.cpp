@@ -10,6 +10,7 @@
 #include <oleauto.h> // SysFreeString
 
 #include <cstring>
+#include <cwchar>
 #include <initializer_list>
 
 namespace {
@@ -20,6 +21,24 @@ constexpr size_t paths_size = 16384; // of a whole search path; it holds a handf
 
 // Under this value the search is asked, as a process of its own.
 HANDLE search_process() { return reinterpret_cast<HANDLE>(size_t{1}); }
+
+// Takes folders out of a search path that are longer than folders can be. Wine 8.0 puts the path of
+// each file together in MAX_PATH characters and copies a longer folder past their end. An element
+// of servers is no folder and may be longer.
+void leave_out_long_folders(wchar_t* paths) {
+	constexpr size_t longest_folder = MAX_PATH - 13; // CreateDirectory keeps room for a short name
+	wchar_t* end = paths;
+	for (const wchar_t* element = paths; *element;) {
+		const size_t length = std::wcscspn(element, L";");
+		const size_t whole = length + (element[length] != 0);
+		if (length <= longest_folder || std::wcsncmp(element, L"SRV*", 4) == 0) {
+			std::wmemmove(end, element, whole);
+			end += whole;
+		}
+		element += whole;
+	}
+	*end = 0;
+}
 
 bool read_file(void* file, xylUInt64 place, void* bytes, size_t size) {
 	LARGE_INTEGER position;
@@ -56,6 +75,7 @@ bool os::find_symbol_file(const char* paths, const Symbol_file_identity& identit
 	    !MultiByteToWideChar(CP_UTF8, 0, identity.name, -1, name, symbol_text_size)) {
 		return false;
 	}
+	leave_out_long_folders(wide_paths);
 	GUID guid;
 	std::memcpy(&guid, identity.guid, sizeof(guid));
 	auto* const context = const_cast<Symbol_file_identity*>(&identity);
