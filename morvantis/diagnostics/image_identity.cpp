@@ -3,7 +3,6 @@
 #include <morvantis/diagnostics/zubcallstack_module.h>
 
 #include <algorithm>
-#include <cstddef> // ptrdiff_t
 #include <cstring>
 
 namespace {
@@ -15,7 +14,8 @@ class Image_bytes {
 public:
 	Image_bytes(size_t base, Readable_bytes readable) : base_(base), readable_(readable) {}
 
-	// The bytes from `offset` on, or null when there are less than `size` in one piece.
+	// The bytes from `offset` on, or null when less than `size` of them may be read. They may lie
+	// in several pieces: a page of a section that was written to is a piece of its own.
 	const char* at(xylUInt64 offset, xylUInt64 size) {
 		const size_t address = base_ + static_cast<size_t>(offset);
 		if (address < base_) return nullptr;
@@ -23,8 +23,12 @@ public:
 			begin_ = address;
 			length_ = readable_(reinterpret_cast<const void*>(address));
 		}
-		const size_t left = length_ - (address - begin_);
-		return size <= left ? reinterpret_cast<const char*>(address) : nullptr;
+		while (size > length_ - (address - begin_)) {
+			const size_t more = readable_(reinterpret_cast<const void*>(begin_ + length_));
+			if (more == 0) return nullptr;
+			length_ += more;
+		}
+		return reinterpret_cast<const char*>(address);
 	}
 
 	template <typename T> bool read(xylUInt64 offset, T& value) {
@@ -36,17 +40,16 @@ public:
 
 	// The text at `offset`, up to its terminator or the end of what may be read.
 	xylVarString text(xylUInt64 offset) {
-		const char* begin = at(offset, 1);
-		if (!begin) return {};
-		const size_t left = length_ - (reinterpret_cast<size_t>(begin) - begin_);
-		const auto* end = static_cast<const char*>(std::memchr(begin, 0, left));
-		return {begin, static_cast<int>(end ? end - begin : static_cast<ptrdiff_t>(left))};
+		const char* const begin = at(offset, 1);
+		xylUInt64 length = 0;
+		for (const char* c = begin; c && *c; c = at(offset + length, 1)) ++length;
+		return {begin, static_cast<int>(length)};
 	}
 
 private:
 	size_t base_;
 	Readable_bytes readable_;
-	size_t begin_ = 0, length_ = 0; // the piece that was asked about last
+	size_t begin_ = 0, length_ = 0; // what was asked about last, and may be read
 };
 
 // --- Images with "MZ"

@@ -266,6 +266,58 @@ TEST(image_identity, DamagedElfImagesHaveNoIdentity) {
 	}
 }
 
+TEST(image_identity, SizeReachesFromTheFirstLoadedSegmentToTheLast) {
+	Elf_image image(0x400000);
+	image.put(56, xylUInt16{4});
+	image.put_segment(0, 4, 0x400000 + Elf_image::notes, 36, 4); // the notes in front of all
+	image.put_segment(1, 1, 0x400000, 0x400, 0x1000);
+	image.put_segment(2, 1, 0x402000, 0x1001, 0x1000);
+	image.put_segment(3, 1, 0x404800, 0x900, 0x1000);
+	const Reading reading = read(image);
+	EXPECT_TRUE(reading.result);
+	EXPECT_EQ(reading.module.image_size, 0x6000u);
+	EXPECT_EQ(reading.module.pdb_guid.data1, 0x33323130u);
+}
+
+TEST(image_identity, NotesAreThoseOfAnySegmentAndOfNothingBehindIt) {
+	Elf_image image;
+	const size_t behind = image.put_note(Elf_image::notes, "GNU", 5, "property");
+	const size_t end = image.put_note(behind, "GNU", 3, Elf_image::build_id());
+	image.put_segment(1, 4, Elf_image::notes, behind - Elf_image::notes, 4);
+	expect_no_identity(read(image)); // the id is behind the segment's end
+	image.put(56, xylUInt16{3});
+	image.put_segment(2, 4, behind, end - behind, 4);
+	EXPECT_EQ(read(image).module.pdb_guid.data1, 0x33323130u);
+}
+
+// The system may tell what is readable in pieces, with a border anywhere.
+TEST(image_identity, PiecesSideBySideAreOneImage) {
+	static const unsigned char* border;
+	const auto readable_to_border = [](const void* address) {
+		const size_t all = readable_bytes(address);
+		const auto* place = static_cast<const unsigned char*>(address);
+		return all > 0 && place < border ? static_cast<size_t>(border - place) : all;
+	};
+	for (const Image_builder& whole : {static_cast<const Image_builder&>(Windows_image()),
+	                                   static_cast<const Image_builder&>(Elf_image())}) {
+		const Reading expected = read(whole);
+		const std::vector<unsigned char> block(whole.bytes);
+		readable_block = &block;
+		for (size_t place = 1; place < block.size(); ++place) {
+			SCOPED_TRACE(place);
+			border = block.data() + place;
+			zubCallstack_module module;
+			module.name = "game.so";
+			module.base_address = reinterpret_cast<size_t>(block.data());
+			ASSERT_TRUE(read_image_identity(module, readable_to_border));
+			ASSERT_EQ(module.image_size, expected.module.image_size);
+			ASSERT_EQ(module.pdb_guid, expected.module.pdb_guid);
+			ASSERT_EQ(module.pdb_age, expected.module.pdb_age);
+			ASSERT_STREQ(module.pdb_name.char_p(), expected.module.pdb_name.char_p());
+		}
+	}
+}
+
 TEST(image_identity, NothingReadableIsNoImage) {
 	readable_block = nullptr;
 	zubCallstack_module module;
