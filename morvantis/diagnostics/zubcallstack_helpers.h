@@ -25,6 +25,8 @@ public:
 
 	// Loads a library for good, and adds it to the cache unless its image is there already.
 	//
+	// `path`  becomes the entry's path as it stands; its name is what the system takes for the
+	//         file's name
 	// Result  the entry's key; 0 when the library can't be loaded.
 	static unsigned long long load_and_cache_module(const xylVarString& path);
 	// The same for each path; those that fail are passed over. Always true.
@@ -32,7 +34,7 @@ public:
 
 	// Copies an entry. False, with `out` untouched, when there is none of exactly this key.
 	static bool get_module_info(unsigned long long key, zubCallstack_module& out);
-	// The first entry in the order of keys whose path has exactly these bytes.
+	// The same for the first entry in the order of keys whose path has exactly these bytes.
 	static bool get_module_info(const xylVarString& path, zubCallstack_module& out);
 	static void clear_module_cache();
 	// Replaces the array's contents by the path of each entry, in the order of keys.

@@ -8,7 +8,7 @@
 // field.
 struct MORVANTIS_API zubCallstack_module {
 	xylVarString name;             // the image's file name
-	xylVarString path;             // the image's full path
+	xylVarString path;             // the image's full path, or what it was loaded by
 	bool is_stripped = false;      // the image's header says that its symbols were taken out
 	xylUInt32 time_date_stamp = 0; // of the image's header; 0 where images have none
 	size_t base_address = 0;       // where the image is loaded

@@ -7,6 +7,13 @@
 #include <atomic>
 #include <mutex> // lock_guard
 
+static_assert(offsetof(zubDebughelp_interface, is_initialized) == 0);
+static_assert(offsetof(zubDebughelp_interface, lock) >= 1 &&
+              offsetof(zubDebughelp_interface, dia_module) >=
+                  offsetof(zubDebughelp_interface, lock) + sizeof(xylMutex) &&
+              offsetof(zubDebughelp_interface, dll_get_class_object) ==
+                  offsetof(zubDebughelp_interface, dia_module) + sizeof(void*));
+
 zubDebughelp_interface* zub_debughelp_interface = nullptr;
 
 namespace {

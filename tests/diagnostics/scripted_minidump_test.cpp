@@ -1,7 +1,6 @@
 // The steps of a crash dump, over a system layer that notes them.
-#include "scripted_system.h"
+#include "scripted_symbols.h"
 
-#include <morvantis/diagnostics/zubdebughelp_interface.h>
 #include <morvantis/platform/system/dump.h>
 #include <morvantis/platform/zubplatform.h>
 #include <morvantis/strings/xylvarstring.h>
@@ -10,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -21,15 +19,9 @@ bool file_opens = true;
 
 void note(const std::string& text) { scripted_system.calls.push_back(text); }
 
-// Asked by another thread, as std::mutex demands.
 std::string engine_lock() {
 	if (!zub_debughelp_interface) return "no lock";
-	bool is_free = false;
-	std::thread([&] {
-		is_free = zub_debughelp_interface->lock.try_lock();
-		if (is_free) zub_debughelp_interface->lock.unlock();
-	}).join();
-	return is_free ? "lock free" : "lock held";
+	return is_free(zub_debughelp_interface->lock) ? "lock free" : "lock held";
 }
 
 } // namespace

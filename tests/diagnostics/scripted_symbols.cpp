@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 Scripted_symbols scripted_symbols;
@@ -17,6 +18,15 @@ Scripted_symbols scripted_symbols;
 xylMutex zubCallstack_helpers::dbg_help_lock;
 xylMap<xylUInt64, zubCallstack_module> zubCallstack_helpers::Modules;
 void* zubDebughelp_interface::dummy_process = os::current_process();
+
+bool is_free(xylMutex& lock) {
+	bool result = false;
+	std::thread([&] {
+		result = lock.try_lock();
+		if (result) lock.unlock();
+	}).join();
+	return result;
+}
 
 Scripted_symbols_test::Scripted_symbols_test() {
 	scripted_system = {};
@@ -38,7 +48,10 @@ std::vector<std::string> Scripted_symbols_test::take_calls() {
 
 namespace {
 
-void note(const std::string& call) { scripted_system.calls.push_back(call); }
+void note(const std::string& call) {
+	scripted_system.calls.push_back(call);
+	if (scripted_symbols.on_call) scripted_symbols.on_call(call);
+}
 
 template <typename Answer>
 bool give(const std::map<xylUInt64, Answer>& answers, xylUInt64 address, Answer& out) {

@@ -36,6 +36,8 @@ struct Scripted_symbols {
 	// The reader's answer for an offset; none: the file can't be opened.
 	std::map<xylUInt32, os::Symbol_answer> answers;
 	std::function<void()> on_search; // called in each search
+	// Called with each call of the engine and of the list of images.
+	std::function<void(const std::string&)> on_call;
 
 	// The engine's answers for an address; it fails for the others.
 	std::map<xylUInt64, os::Engine_module> modules;
@@ -51,6 +53,9 @@ struct Scripted_symbols {
 	xylUInt64 hash = 0;
 };
 extern Scripted_symbols scripted_symbols;
+
+// Asked by another thread, as a plain lock demands.
+bool is_free(xylMutex& lock);
 
 // Sets all answers back, clears the module cache and stands in for the host.
 class Scripted_symbols_test : public testing::Test {

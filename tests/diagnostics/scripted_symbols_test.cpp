@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <mutex> // lock_guard
+
 namespace {
 
 using testing::ElementsAre;
@@ -135,6 +137,28 @@ TEST_F(Symbol_engine_test, CleanUpStopsWhatWasStartedAndKeepsTheReader) {
 	engine_.lock.unlock();
 }
 
+TEST_F(Symbol_engine_test, ItsLockIsHeldWhileTheEngineStartsAndStops) {
+	int calls = 0;
+	scripted_symbols.on_call = [&](const std::string& call) {
+		EXPECT_FALSE(is_free(engine_.lock)) << call;
+		EXPECT_TRUE(is_free(zubCallstack_helpers::dbg_help_lock)) << call;
+		++calls;
+	};
+	engine_.initialize();
+	EXPECT_EQ(calls, 3); // options, paths, start
+	engine_.cleanup();
+	EXPECT_EQ(calls, 4);
+}
+
+// Whoever took the lock all the same would never come back.
+TEST_F(Symbol_engine_test, WithNothingToDoTheLockIsNotTaken) {
+	const std::lock_guard hold(engine_.lock);
+	engine_.cleanup();
+	engine_.is_initialized = true;
+	EXPECT_TRUE(engine_.initialize());
+	engine_.is_initialized = false;
+}
+
 TEST_F(Symbol_engine_test, DestructorStopsTheEngine) {
 	{
 		zubDebughelp_interface local;
@@ -223,6 +247,21 @@ TEST_F(Module_cache_test, LoadedLibraryIsCachedUnderItsBase) {
 	EXPECT_EQ(cached_names(), "C:\\libs/a.dll;");
 }
 
+// Whoever took the lock of resolves would never come back.
+TEST_F(Module_cache_test, NoLockIsTaken) {
+	scripted_symbols.images = {{0x1000, {}, "a", "/a"}};
+	scripted_system.address = &scripted_symbols;
+	scripted_symbols.on_call = [&](const std::string&) { EXPECT_TRUE(is_free(engine_.lock)); };
+	const std::lock_guard hold(zubCallstack_helpers::dbg_help_lock);
+	EXPECT_TRUE(zubCallstack_helpers::enumerate_modules(nullptr));
+	EXPECT_NE(zubCallstack_helpers::load_and_cache_module("/b"), 0u);
+	zubCallstack_module module;
+	EXPECT_TRUE(zubCallstack_helpers::get_module_info(0x1000, module));
+	EXPECT_TRUE(zubCallstack_helpers::get_module_info("/a", module));
+	EXPECT_EQ(cached_names(), "/a;/b;");
+	zubCallstack_helpers::clear_module_cache();
+}
+
 TEST_F(Module_cache_test, ListOfLibrariesPassesOverFailures) {
 	xylArray<xylVarString> paths;
 	EXPECT_TRUE(zubCallstack_helpers::load_and_cache_modules(paths));
@@ -235,6 +274,8 @@ TEST_F(Module_cache_test, ListOfLibrariesPassesOverFailures) {
 	EXPECT_TRUE(zubCallstack_helpers::load_and_cache_modules(paths)); // the same image twice
 	EXPECT_EQ(cached_names(), "/a.so;");
 	EXPECT_EQ(paths.size(), 2u);
+	// Both stay loaded, the one that was cached already too.
+	EXPECT_THAT(take_calls(), ElementsAre("load_module('/a.so')", "load_module('/b.so')"));
 }
 
 TEST_F(Module_cache_test, QuestionsNeedTheExactKeyOrPath) {

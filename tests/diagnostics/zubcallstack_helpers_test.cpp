@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,22 @@ TEST_F(Callstack_helpers_test, ProgramAndLibraryAreAmongTheLoadedImages) {
 	}
 	EXPECT_EQ(programs, 1);
 	EXPECT_EQ(libraries, 1);
+}
+
+TEST_F(Callstack_helpers_test, WhatIsNoProcessMeansThisOne) {
+	ASSERT_TRUE(zubCallstack_helpers::enumerate_modules(nullptr));
+	const std::vector<std::string> paths = cached_paths();
+	zubCallstack_helpers::clear_module_cache();
+	ASSERT_TRUE(zubCallstack_helpers::enumerate_modules(reinterpret_cast<void*>(size_t{0x1234})));
+	EXPECT_EQ(cached_paths(), paths);
+}
+
+TEST_F(Callstack_helpers_test, PathsAreFullOnes) {
+	ASSERT_TRUE(zubCallstack_helpers::enumerate_modules(nullptr));
+	for (const std::string& path : cached_paths()) {
+		const std::filesystem::path file(path);
+		EXPECT_TRUE(file.is_absolute() || !file.has_parent_path()) << path; // or there is no file
+	}
 }
 
 TEST_F(Callstack_helpers_test, SecondEnumerationChangesNothing) {

@@ -36,16 +36,24 @@ struct Visit {
 	bool is_first = true;
 };
 
+// The full path behind a name of the loader's list, which may be written to `buffer`. The list
+// leaves the program's own name empty, and has that of a library as it was asked for: a path may
+// begin in the current folder. What has no separator has no file.
+const char* full_path(const char* name, bool is_program, char (&buffer)[4096]) {
+	if (is_program && name[0] == 0) {
+		const size_t length = os::executable_path(buffer, sizeof(buffer));
+		return length > 0 && length < sizeof(buffer) ? buffer : "";
+	}
+	if (name[0] == '/' || os::file_name(name) == name) return name;
+	const size_t length = os::absolute_path(name, buffer, sizeof(buffer));
+	return length > 0 && length < sizeof(buffer) ? buffer : name;
+}
+
 int show_image(dl_phdr_info* image, size_t, void* data) {
 	auto& visit = *static_cast<Visit*>(data);
 	const ElfW(Phdr)* segment = first_segment(*image);
-	char program[4096];
-	const char* path = image->dlpi_name;
-	// The list begins with the program, whose name it leaves empty.
-	if (visit.is_first && path[0] == 0) {
-		const size_t length = os::executable_path(program, sizeof(program));
-		path = length > 0 && length < sizeof(program) ? program : "";
-	}
+	char buffer[4096];
+	const char* const path = full_path(image->dlpi_name, visit.is_first, buffer);
 	visit.is_first = false;
 	if (!segment) return 0;
 	const ElfW(Addr) base = image->dlpi_addr + (segment->p_vaddr & ~(page_size - 1));
