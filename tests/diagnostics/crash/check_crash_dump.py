@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Lets a program crash and asks a debugger, which knows nothing of us, what the dump says.
 
-usage: check_crash_dump.py <kind> <function> [--thread] [--exit N] [--reason TEXT] [--most-bytes N]
-                           [--search FOLDER]... --debugger LLDB --symbolizer PROGRAM --image FILE
-                           -- <program>...
+usage: check_crash_dump.py <kind> <function> [--where thread|alone] [--exit N] [--reason TEXT]
+                           [--most-bytes N] [--search FOLDER]... --debugger LLDB
+                           --symbolizer PROGRAM --image FILE -- <program>...
 
 The dump must name <function> among the frames of the thread that crashed, and the other thread's
-place in another one. Of the raw stack, the frames of <image> are looked up by their offsets; the
-function must be among them, too.
+place in another one. A thread that has ended must not be there. Of the raw stack, the frames of
+<image> are looked up by their offsets; the function must be among them, too.
 """
 
 import argparse
@@ -44,7 +44,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("kind")
     parser.add_argument("function")
-    parser.add_argument("--thread", action="store_true")
+    parser.add_argument("--where", default="here")
     parser.add_argument("--exit", type=int, default=3)
     parser.add_argument("--reason", default="")
     parser.add_argument("--search", action="append", default=[])
@@ -59,7 +59,7 @@ def main():
         # A file and no pipe: what the emulator leaves running would keep a pipe open.
         with open(pathlib.Path(folder, "output"), "w+", errors="replace") as output:
             crash = subprocess.run(
-                options.program + [options.kind, folder] + (["thread"] if options.thread else []),
+                options.program + [options.kind, folder, options.where],
                 stdin=subprocess.DEVNULL, stdout=output, stderr=output, timeout=240)
             output.seek(0)
             said = output.read()
@@ -86,6 +86,9 @@ def main():
         problems.append(f"{options.function} is not among the frames of the thread that crashed")
     if not any("wait_in_another_thread" in frame for _, frames in threads[1:] for frame in frames):
         problems.append("the waiting thread is not there")
+    nowhere = r"frame #0: 0x0+\s*$"
+    if options.where == "alone" and any(re.search(nowhere, frame) for _, frames in threads for frame in frames):
+        problems.append("a thread is there that has ended")
     if options.reason and (not threads or options.reason not in threads[0][0]):
         problems.append(f"the stop reason is not {options.reason}")
     if problems:

@@ -1,6 +1,8 @@
 // A program that crashes on purpose, with a host's handlers that write the dump.
 //
-// usage: crash_child <kind> <folder> [thread]     "thread": in a second thread
+// usage: crash_child <kind> <folder> [thread | alone]
+//
+// "thread": in a second thread; "alone": in a second thread, when the first has ended
 #include "crash_handler.h"
 
 #include <morvantis/diagnostics/zubraw_callstack.h>
@@ -89,6 +91,14 @@ constexpr Kind kinds[] = {
 
 std::atomic<bool> is_waiting = false;
 
+const char* crash_folder = nullptr; // for the dump and the stack
+void (*chosen_crash)() = nullptr;
+
+void crash_as_told() {
+	install_crash_handler(crash_folder);
+	chosen_crash();
+}
+
 } // namespace
 
 void wait_in_another_thread() {
@@ -106,19 +116,19 @@ void write_raw_stack(void* context, const char* folder) {
 
 int main(int count, char** arguments) {
 	if (count < 3) return 2;
-	std::thread other(wait_in_another_thread);
-	while (!is_waiting) std::this_thread::yield();
+	crash_folder = arguments[2];
 	for (const Kind& kind : kinds) {
-		if (std::strcmp(kind.name, arguments[1]) != 0) continue;
-		const auto crash = [&] {
-			install_crash_handler(arguments[2]);
-			kind.crash();
-		};
-		if (count > 3) {
-			std::thread(crash).join();
-		} else {
-			crash();
-		}
+		if (std::strcmp(kind.name, arguments[1]) == 0) chosen_crash = kind.crash;
+	}
+	if (!chosen_crash) return 2;
+	std::thread(wait_in_another_thread).detach();
+	while (!is_waiting) std::this_thread::yield();
+	const std::string where = count > 3 ? arguments[3] : "here";
+	if (where == "alone") end_first_thread(crash_as_told);
+	if (where == "thread") {
+		std::thread(crash_as_told).join();
+	} else {
+		crash_as_told();
 	}
 	return 2;
 }

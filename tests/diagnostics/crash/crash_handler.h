@@ -7,6 +7,10 @@ void install_crash_handler(const char* folder);
 // Writes a dump without a crash into that folder.
 void write_dump_in_passing();
 
+// Ends the calling thread, the first one of the process, and calls `then` in another when it is
+// gone.
+[[noreturn]] void end_first_thread(void (*then)());
+
 // Writes the raw stack of a thread's registers, null for the calling one's, as "stack.txt" into
 // that folder.
 void write_raw_stack(void* context, const char* folder);

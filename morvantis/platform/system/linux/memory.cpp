@@ -86,7 +86,8 @@ bool os::decommit_pages(void* address, xylUInt64 size) {
 
 bool os::process_memory(Process_memory* usage) {
 	char text[256];
-	if (!read_proc_file("/proc/self/statm", text, sizeof(text))) return false;
+	// Of the thread: that of the process is all zeros once its first thread has ended.
+	if (!read_proc_file("/proc/thread-self/statm", text, sizeof(text))) return false;
 	// Pages: size, resident, shared, text, library, data + stack. The last is VmData + VmStk of
 	// /proc/self/status, from one short line instead of fifty.
 	unsigned long long resident = 0, data = 0;

@@ -4,6 +4,7 @@
 #include <morvantis/platform/system/processor.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -62,7 +63,10 @@ Context context_of(const ucontext_t& from) {
 
 // Stack pointer and instruction of a thread that waits in the kernel, as the kernel tells: the last
 // two numbers of "0 0x0 ... 0x7ffd1000 0x7f001000". A thread that runs has none.
-void read_waiting_place(xylUInt32 id, Context* context) {
+//
+// Result  false for a thread that has ended, the first one of the process above all, which stays
+//         listed.
+bool read_waiting_place(xylUInt32 id, Context* context) {
 	char path[64] = "/proc/self/task/";
 	char* end = path + std::strlen(path);
 	char digits[10];
@@ -74,12 +78,15 @@ void read_waiting_place(xylUInt32 id, Context* context) {
 	std::strcpy(end, "/syscall");
 	char text[256]{};
 	const int file = open(path, O_RDONLY | O_CLOEXEC);
-	if (file < 0) return;
+	if (file < 0) return errno != ENOENT;
 	const ssize_t size = read(file, text, sizeof(text) - 1);
+	const bool is_there = size >= 0 || errno != ESRCH;
 	close(file);
-	if (size <= 0) return;
+	if (size <= 0) return is_there;
 	xylUInt64 last = 0, one_before = 0;
+	bool is_told = false;
 	for (const char* c = text; (c = std::strstr(c, " 0x"));) {
+		is_told = true;
 		one_before = last;
 		last = 0;
 		for (c += 3; (*c >= '0' && *c <= '9') || (*c >= 'a' && *c <= 'f'); ++c) {
@@ -89,6 +96,7 @@ void read_waiting_place(xylUInt32 id, Context* context) {
 	context->flags = full_context;
 	context->rsp = one_before;
 	context->rip = last;
+	return !is_told || one_before != 0;
 }
 
 // The next code point of a text in UTF-8. A byte that begins none stands for itself.
@@ -161,8 +169,8 @@ void os::Minidump_writer::collect_threads() {
 		Known_thread& thread = next_thread(static_cast<xylUInt32>(held.id));
 		if (held.context) {
 			thread.context = context_of(*held.context);
-		} else {
-			read_waiting_place(thread.id, &thread.context);
+		} else if (!read_waiting_place(thread.id, &thread.context)) {
+			--thread_count_;
 		}
 	}
 }
@@ -171,7 +179,8 @@ void os::Minidump_writer::collect_threads() {
 
 void os::Minidump_writer::write_mappings() {
 	begin_stream();
-	output_.append_file("/proc/self/maps", most_map_text);
+	// Of the thread: the list of the process is empty once its first thread has ended.
+	output_.append_file("/proc/thread-self/maps", most_map_text);
 	const xylUInt32 start = stream_start_;
 	const xylUInt32 size = output_.position() - start;
 	end_stream(linux_maps_stream);
@@ -358,8 +367,8 @@ void os::Minidump_writer::write_texts() {
 		{linux_cpu_info_stream, "/proc/cpuinfo"},
 		{linux_process_status_stream, "/proc/self/status"},
 		{linux_release_stream, "/etc/os-release"},
-		{linux_command_line_stream, "/proc/self/cmdline"},
-		{linux_auxiliary_vector_stream, "/proc/self/auxv"},
+		{linux_command_line_stream, "/proc/thread-self/cmdline"},
+		{linux_auxiliary_vector_stream, "/proc/thread-self/auxv"},
 	};
 	for (const Text& text : texts) {
 		begin_stream();

@@ -71,7 +71,8 @@ size_t os::temporary_folder(char* buffer, size_t size) {
 }
 
 size_t os::executable_path(char* buffer, size_t size) {
-	const ssize_t count = readlink("/proc/self/exe", buffer, size);
+	// Not of the process, whose first thread may have ended and have no program any more.
+	const ssize_t count = readlink("/proc/thread-self/exe", buffer, size);
 	if (count < 0) {
 		buffer[0] = 0;
 		return 0;

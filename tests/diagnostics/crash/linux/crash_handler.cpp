@@ -5,7 +5,11 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <thread>
 
+#include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -37,6 +41,20 @@ void install_crash_handler(const char* folder) {
 	}
 	const rlimit no_core{0, 0};
 	setrlimit(RLIMIT_CORE, &no_core);
+}
+
+void end_first_thread(void (*then)()) {
+	std::thread([then] {
+		// It stays listed, as a zombie, for as long as the process has other threads.
+		for (std::string state; state != "Z";) {
+			std::ifstream status("/proc/self/status");
+			for (std::string word; status >> word && word != "State:";) {
+			}
+			status >> state;
+		}
+		then();
+	}).detach();
+	pthread_exit(nullptr);
 }
 
 void write_dump_in_passing() { zubPlatform::write_minidump(*dump_folder, nullptr); }

@@ -4,6 +4,7 @@
 #include <morvantis/strings/xylvarstring.h>
 
 #include <csignal>
+#include <thread>
 
 #include <windows.h>
 
@@ -63,6 +64,15 @@ void install_crash_handler(const char* folder) {
 	AddVectoredExceptionHandler(1, on_overflow);
 	SetUnhandledExceptionFilter(on_exception);
 	std::signal(SIGABRT, on_abort);
+}
+
+void end_first_thread(void (*then)()) {
+	HANDLE first = OpenThread(SYNCHRONIZE, FALSE, GetCurrentThreadId());
+	std::thread([=] {
+		WaitForSingleObject(first, INFINITE);
+		then();
+	}).detach();
+	ExitThread(0);
 }
 
 void write_dump_in_passing() { zubPlatform::write_minidump(*dump_folder, nullptr); }
