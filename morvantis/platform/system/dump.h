@@ -42,7 +42,8 @@ struct Dump {
 bool open_dump(const char* path, Dump* dump);
 
 // Writes what the system's debuggers need to show all threads of the process, the calling one at
-// the exception. That the file is full or an area is unreadable isn't told.
+// the exception. That an area is unreadable isn't told, nor that the disk is full; on Linux the
+// file is left empty then.
 //
 // `exception_pointers`  an Exception_pointers.
 // Threads: one at a time; the caller sees to that. The others are stopped meanwhile.

@@ -20,6 +20,7 @@
 #include <fcntl.h>
 #include <link.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -274,6 +275,44 @@ TEST_F(Linux_minidump_test, OnlyTheUserMayReadIt) {
 	struct stat status{};
 	ASSERT_EQ(stat(path().c_str(), &status), 0);
 	EXPECT_EQ(status.st_mode & 07777, 0600u);
+}
+
+TEST_F(Linux_minidump_test, DumpThatDoesNotFitIsEmpty) {
+	rlimit before{};
+	getrlimit(RLIMIT_FSIZE, &before);
+	struct sigaction ignored{}, action_before{};
+	ignored.sa_handler = SIG_IGN;
+	sigaction(SIGXFSZ, &ignored, &action_before);
+	const size_t whole = dump_in_passing().size();
+	for (const rlim_t room : {rlim_t{0}, rlim_t{16}, rlim_t{whole / 2}}) {
+		const rlimit limit{room, before.rlim_max};
+		setrlimit(RLIMIT_FSIZE, &limit);
+		EXPECT_FALSE(zubPlatform::write_minidump(folder_text_, nullptr));
+		setrlimit(RLIMIT_FSIZE, &before);
+		EXPECT_EQ(std::filesystem::file_size(path()), 0u) << room;
+	}
+	sigaction(SIGXFSZ, &action_before, nullptr);
+	dump_in_passing();
+}
+
+// What a handler calls must not wait for the dynamic linker's locks or need its heap.
+TEST_F(Linux_minidump_test, LibrarysCallsAreBoundWhenItIsLoaded) {
+	bool is_bound = false;
+	const auto visit = [](dl_phdr_info* image, size_t, void* found) {
+		if (!std::strstr(image->dlpi_name, "libMorvantis.Library")) return 0;
+		for (int i = 0; i < image->dlpi_phnum; ++i) {
+			if (image->dlpi_phdr[i].p_type != PT_DYNAMIC) continue;
+			const auto* entry =
+				reinterpret_cast<const ElfW(Dyn)*>(image->dlpi_addr + image->dlpi_phdr[i].p_vaddr);
+			for (; entry->d_tag != DT_NULL; ++entry) {
+				if (entry->d_tag == DT_FLAGS && (entry->d_un.d_val & DF_BIND_NOW))
+					*static_cast<bool*>(found) = true;
+			}
+		}
+		return 1;
+	};
+	EXPECT_EQ(dl_iterate_phdr(visit, &is_bound), 1);
+	EXPECT_TRUE(is_bound);
 }
 
 TEST_F(Linux_minidump_test, FileThatSomebodyWritesIsLeftAlone) {

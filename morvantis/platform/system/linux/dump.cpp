@@ -4,12 +4,14 @@
 #include <morvantis/platform/system/linux/own_memory.h>
 
 #include <atomic>
+#include <cerrno>
 #include <csetjmp>
 #include <csignal>
 
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -76,14 +78,18 @@ void os::catch_exception(unsigned int code, void (*raise)(unsigned int),
 	guard.is_taken.store(false);
 }
 
-// A dump holds passwords and letters as the process does: nobody else may read it.
+// A dump holds passwords and letters as the process does: nobody else may read it, even when a file
+// that others could read was there before. Some file systems have no locks or no rights, which is
+// no reason to go without a dump.
 bool os::open_dump(const char* path, Dump* dump) {
 	const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
 	if (file < 0) return false;
-	if (flock(file, LOCK_EX | LOCK_NB) != 0 || ftruncate(file, 0) != 0) {
+	const bool is_taken = flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+	if (is_taken || ftruncate(file, 0) != 0) {
 		close(file);
 		return false;
 	}
+	fchmod(file, 0600);
 	dump->file = reinterpret_cast<void*>(static_cast<size_t>(file));
 	dump->process_id = static_cast<xylUInt32>(getpid());
 	dump->thread_id = static_cast<xylUInt32>(gettid());

@@ -88,3 +88,7 @@ void os::Dump_output::write_at(xylUInt32 position, const void* bytes, size_t siz
 	if (failed_ || lseek(file_, position, SEEK_SET) < 0) return;
 	failed_ = !write_all(file_, static_cast<const char*>(bytes), size);
 }
+
+void os::Dump_output::finish() {
+	if (failed_ && ftruncate(file_, 0) != 0) return; // and nobody to tell
+}

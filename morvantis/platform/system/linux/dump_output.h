@@ -26,6 +26,8 @@ public:
 	void flush();
 	// Writes over what stands in the file since the last flush().
 	void write_at(xylUInt32 position, const void* bytes, size_t size);
+	// Empties the file unless all of it could be written: half a dump is none.
+	void finish();
 	int file() const { return file_; }
 
 private:

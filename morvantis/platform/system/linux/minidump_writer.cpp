@@ -387,6 +387,7 @@ void os::Minidump_writer::write_directory() {
 	                    0};
 	output_.write_at(sizeof(header), streams_.data(), sizeof(streams_));
 	output_.write_at(0, &header, sizeof(header));
+	output_.finish();
 }
 
 // --- The pieces

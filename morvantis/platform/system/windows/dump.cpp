@@ -93,10 +93,11 @@ void os::catch_exception(unsigned int code, void (*raise)(unsigned int),
 }
 
 bool os::open_dump(const char* path, Dump* dump) {
+	constexpr DWORD rights = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ | PROCESS_DUP_HANDLE;
+	static_assert(rights == 0x450);
 	dump->thread_id = GetCurrentThreadId();
 	dump->process_id = GetCurrentProcessId();
-	dump->process = OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ | PROCESS_DUP_HANDLE,
-	                            FALSE, dump->process_id);
+	dump->process = OpenProcess(rights, FALSE, dump->process_id);
 	dump->file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
 	                         FILE_ATTRIBUTE_NORMAL, nullptr);
 	return dump->file && dump->file != INVALID_HANDLE_VALUE;
