@@ -27,11 +27,17 @@ struct Counters {
 	}
 };
 
-Counters capture(unsigned int max_count, unsigned int skip_count) {
+[[gnu::noinline]] Counters capture(unsigned int max_count, unsigned int skip_count) {
 	Counters counters;
 	counters.result =
 		zubCallstack::capture_counters(counters.addresses, &counters.hash, max_count, skip_count);
 	return counters;
+}
+
+// The same, and where the caller of this function goes on.
+[[gnu::noinline]] Counters capture_and_tell(unsigned int skip_count, unsigned long long& caller) {
+	caller = reinterpret_cast<size_t>(__builtin_return_address(0));
+	return capture(6, skip_count);
 }
 
 } // namespace
@@ -112,6 +118,15 @@ TEST_F(Real_callstack_test, CountersEndInZeroAndNeedASlotForIt) {
 	EXPECT_FALSE(too_deep.result);
 	EXPECT_EQ(too_deep.addresses[0], 0u);
 	EXPECT_EQ(too_deep.hash, 0u);
+}
+
+// Behind it come those of the two functions above and of the test.
+TEST_F(Real_callstack_test, FirstFrameIsTheCapturesOwn) {
+	for (unsigned int skip = 0; skip <= 3; ++skip) {
+		unsigned long long caller = 0;
+		const Counters counters = capture_and_tell(skip, caller);
+		EXPECT_EQ(counters.addresses[3 - skip], caller) << skip;
+	}
 }
 
 TEST_F(Real_callstack_test, SkippedFramesAreTheInnermost) {

@@ -46,6 +46,12 @@ TEST_F(Scripted_process_test, EachArgumentIsFollowedByABlank) {
 	            ElementsAre(testing::_, "start_process('a.exe -x with blank  ', 4, null, /here)"));
 }
 
+TEST_F(Scripted_process_test, FolderThatIsNotToldIsAnEmptyText) {
+	scripted_system.current_folder.clear();
+	create({"a.exe"});
+	EXPECT_THAT(calls(), ElementsAre(testing::_, "start_process('a.exe ', 4, null, )"));
+}
+
 TEST_F(Scripted_process_test, NoArgumentsMakeAnEmptyCommandLine) {
 	create({});
 	EXPECT_THAT(calls(), ElementsAre(testing::_, "start_process('', 4, null, /here)"));
@@ -131,6 +137,14 @@ TEST_F(Scripted_process_test, MissingFileOrFolderIsNotOpened) {
 		zubPlatform::open_with_default_app(xylVarString("a.txt"));
 		EXPECT_THAT(calls(), ElementsAre("path_kind(a.txt)"));
 	}
+}
+
+TEST_F(Scripted_process_test, FileThatIsGoneByItsAbsolutePathIsNotOpened) {
+	scripted_system.path_kinds = {{"a.txt", os::Path_kind::file}};
+	scripted_system.path = "/there/a.txt";
+	zubPlatform::open_with_default_app(xylVarString("a.txt"));
+	EXPECT_THAT(calls(), ElementsAre("path_kind(a.txt)", "absolute_path(a.txt, 1024)",
+	                                 "path_kind(/there/a.txt)"));
 }
 
 TEST_F(Scripted_process_test, FolderAndItemAreMadeAbsoluteOnTheirOwn) {

@@ -144,6 +144,7 @@ bool os::user_name(char* buffer, xylUInt32* size) {
 }
 size_t os::current_folder(char* buffer, size_t size) {
 	note("current_folder", size);
+	if (scripted_system.current_folder.empty()) return 0;
 	std::memcpy(buffer, scripted_system.current_folder.c_str(),
 	            scripted_system.current_folder.size() + 1);
 	return scripted_system.current_folder.size();
@@ -191,7 +192,8 @@ const char* os::file_name(const char* path) {
 }
 os::Path_kind os::path_kind(const char* path) {
 	note("path_kind", path);
-	return scripted_system.path_kind;
+	const auto found = scripted_system.path_kinds.find(path);
+	return found == scripted_system.path_kinds.end() ? scripted_system.path_kind : found->second;
 }
 bool os::modification_time(const char* path, xylInt64* seconds) {
 	note("modification_time", path);

@@ -32,10 +32,11 @@ struct Scripted_system {
 	std::optional<xylUInt32> name_count;
 	std::string path; // of every call that asks for one
 	os::Path_kind path_kind = os::Path_kind::missing;
+	std::map<std::string, os::Path_kind> path_kinds; // of single paths, ahead of the one for all
 	std::optional<xylInt64> modification_time;
 	char separator = '/';
-	std::string current_folder;
-	int start_result = 1; // of starting a process
+	std::string current_folder; // empty: it isn't told
+	int start_result = 1;       // of starting a process
 	xylUInt32 child_id = 7;
 
 	// What happened, in words and in order.

@@ -16,6 +16,7 @@
 
 #include <dbghelp.h>
 
+#include <cstdio>
 #include <cwchar>
 
 namespace {
@@ -114,9 +115,24 @@ TEST_F(Symbol_reader_test, LookUpAsksStepByStep) {
 }
 
 TEST_F(Symbol_reader_test, EachFrameOpensTheFileAnew) {
-	resolve();
-	resolve();
-	EXPECT_EQ(reader_script().loads, 2u);
+	zubRaw_callstack raw;
+	for (const unsigned int offset : {1u, 2u, 1u}) raw.stack.push_back({game_base, offset});
+	zubCallstack stack;
+	EXPECT_TRUE(stack.resolve_from_raw(raw));
+	EXPECT_EQ(reader_script().loads, 3u);
+	EXPECT_EQ(reader_script().most_objects, 6) << "what one frame needs, from source to file name";
+}
+
+TEST_F(Symbol_reader_test, NamesOfSymbolFilesAreUtf8) {
+	const std::filesystem::path path = folder_.path() / L"sp\u00EFel.pdb";
+	std::filesystem::rename(folder_.path() / "game.pdb", path);
+	add_game("D:\\build\\sp\xC3\xAF"
+	         "el.pdb");
+	EXPECT_EQ(resolve(), "@game.exe@run.cpp (12): ns::run");
+	EXPECT_THAT(std::wstring(reader_script().path), testing::EndsWith(L"\\sp\u00EFel.pdb"));
+	std::filesystem::remove(path);
+	EXPECT_EQ(resolve(), "#sp\xC3\xAF"
+	                     "el.pdb@{123456789ABCDEF00102030405060708} (7): 0:4660");
 }
 
 TEST_F(Symbol_reader_test, EachStepThatFailsHasItsLine) {
@@ -364,11 +380,40 @@ TEST_F(Symbol_reader_test, EngineNamesFunctionsFilesAndLinesOfCapturedCounters) 
 	            testing::AllOf(HasSubstr("known_functions.cpp (21): "), HasSubstr("call_through")));
 }
 
-TEST_F(Symbol_reader_test, EngineKnowsNothingOfAnAddressOutsideAllImages) {
-	unsigned long long address = 0x10;
+namespace {
+
+std::string engine_line(const void* address) {
+	auto counter = static_cast<unsigned long long>(reinterpret_cast<size_t>(address));
 	std::string out;
 	const Expected_leaks leaks;
-	ASSERT_TRUE(zubCallstack::resolve_counters(&address, 1, out));
-	EXPECT_EQ(out, "0000000000000010 ((module-name not available)): (filename not available): "
-	               "(function-name not available)\n");
+	EXPECT_TRUE(zubCallstack::resolve_counters(&counter, 1, out));
+	return out;
+}
+
+} // namespace
+
+// An export is all that the engine knows of it.
+TEST_F(Symbol_reader_test, NameOfAnotherCompilerIsShownInFullAndItsImageInPlaceOfALine) {
+	reader_script();
+	const HMODULE reader = GetModuleHandleA("msdia140.dll");
+	const auto* function =
+		reinterpret_cast<const void*>(GetProcAddress(reader, "?twice@known@@YAHH@Z"));
+	ASSERT_NE(function, nullptr);
+	engine().cleanup();
+	ASSERT_TRUE(engine().initialize());
+	const DWORD options = SymGetOptions();
+	SymSetOptions(options & ~static_cast<DWORD>(SYMOPT_UNDNAME)); // or it undoes all of it itself
+	const std::string line = engine_line(function);
+	SymSetOptions(options);
+	char address[32];
+	std::snprintf(address, sizeof(address), "%016llX (", reinterpret_cast<long long>(function));
+	EXPECT_THAT(line, testing::StartsWith(address));
+	EXPECT_THAT(line, testing::EndsWith("\\msdia140.dll): (filename not available): "
+	                                    "int __cdecl known::twice(int)\n"));
+}
+
+TEST_F(Symbol_reader_test, EngineKnowsNothingOfAnAddressOutsideAllImages) {
+	EXPECT_EQ(engine_line(reinterpret_cast<const void*>(size_t{0x10})),
+	          "0000000000000010 ((module-name not available)): (filename not available): "
+	          "(function-name not available)\n");
 }

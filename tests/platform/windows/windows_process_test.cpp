@@ -43,22 +43,59 @@ TEST(zubPlatform_process_windows, HandlesOfProcessAndThreadStayOpen) {
 	}
 }
 
+// A child that runs when it is told to.
+struct Suspended_child {
+	Suspended_child() {
+		std::string program = child_program(), report = report_path();
+		char* const arguments[] = {program.data(), report.data(), nullptr};
+		unsigned int id = 0;
+		EXPECT_EQ(
+			zubPlatform::create_process(id, nullptr, arguments, nullptr, CREATE_SUSPENDED, false),
+			1);
+		processes = handles_of(id, GetProcessId);
+		threads = handles_of(id, GetProcessIdOfThread);
+		EXPECT_EQ(processes.size(), 1u);
+		EXPECT_EQ(threads.size(), 1u);
+	}
+	~Suspended_child() {
+		for (const HANDLE thread : threads) {
+			EXPECT_EQ(ResumeThread(thread), 1u) << "it was suspended once";
+			CloseHandle(thread);
+		}
+		for (const HANDLE process : processes) {
+			EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
+			CloseHandle(process);
+		}
+		EXPECT_TRUE(std::filesystem::exists(report_path()));
+	}
+	Suspended_child(const Suspended_child&) = delete;
+	Suspended_child& operator=(const Suspended_child&) = delete;
+	std::string report_path() const { return folder / "report"; }
+
+	Temporary_folder folder;
+	std::vector<HANDLE> processes, threads;
+};
+
 TEST(zubPlatform_process_windows, CreationFlagsAreTheSystems) {
+	const Suspended_child child;
+	EXPECT_FALSE(std::filesystem::exists(child.report_path()));
+}
+
+TEST(zubPlatform_process_windows, OpenHandlesAreNotHandedOn) {
 	const Temporary_folder folder;
-	std::string program = child_program(), report = folder / "report";
-	char* const arguments[] = {program.data(), report.data(), nullptr};
-	unsigned int id = 0;
-	ASSERT_EQ(zubPlatform::create_process(id, nullptr, arguments, nullptr, CREATE_SUSPENDED, false),
-	          1);
-	const std::vector<HANDLE> processes = handles_of(id, GetProcessId);
-	const std::vector<HANDLE> threads = handles_of(id, GetProcessIdOfThread);
-	ASSERT_EQ(processes.size(), 1u);
-	ASSERT_EQ(threads.size(), 1u);
-	EXPECT_EQ(ResumeThread(threads[0]), 1u) << "it was suspended once";
-	EXPECT_EQ(WaitForSingleObject(processes[0], INFINITE), WAIT_OBJECT_0);
-	EXPECT_TRUE(std::filesystem::exists(report));
-	CloseHandle(processes[0]);
-	CloseHandle(threads[0]);
+	const std::string path = folder.make_file("held");
+	const auto open_alone = [&](bool is_inheritable) {
+		SECURITY_ATTRIBUTES attributes{sizeof(attributes), nullptr, is_inheritable};
+		return CreateFileA(path.c_str(), GENERIC_READ, 0, &attributes, OPEN_EXISTING,
+		                   FILE_ATTRIBUTE_NORMAL, nullptr);
+	};
+	HANDLE file = open_alone(true);
+	ASSERT_NE(file, INVALID_HANDLE_VALUE);
+	const Suspended_child child;
+	CloseHandle(file);
+	file = open_alone(false);
+	EXPECT_NE(file, INVALID_HANDLE_VALUE) << "the child has it open";
+	CloseHandle(file);
 }
 
 // Waits for the end of a program that somebody else has started, by the name of its file.

@@ -45,7 +45,7 @@ struct Reader_script {
 	bool other_slots;       // a function was called that nobody should
 	unsigned int loads;
 
-	int live_objects;
+	int live_objects, most_objects; // now, and at any time
 };
 
 // The double's export of the script, "reader_script".
