@@ -11,7 +11,8 @@ static constexpr char no_frames_text[] = "No native frames available";
 static constexpr char unresolvable_format[] = "%s \n";
 static constexpr char unresolvable_text[] = "[unresolvable frame]";
 // kept: %X takes the low 32 bits of base and offset, in 16 digits.
-static constexpr char frame_format[] = "0x%016X 0x%016X %s %d %s\n";
+static constexpr char frame_format[] = "0x%016X 0x%016X %s %d "; // then the file name and the end
+static constexpr char frame_end[] = "\n";
 
 void zubRaw_callstack::capture(void* context, unsigned int skip_count) {
 	stack.clear();
@@ -47,11 +48,14 @@ void zubRaw_callstack::get_frame_str(const zubCallstack_frame& frame, xylVarStri
 	if (!zubCallstack_helpers::get_module_info(frame.module_base, module)) {
 		out.append_formatted(unresolvable_format, unresolvable_text);
 	}
-	char name[4097] = {}; // the longest path that a loader takes, where no backslash shortens it
-	zubCallstack_helpers::get_file_name_from_path(module.path, name);
+	xylArray<char> name(static_cast<size_t>(module.path.length()) + 1); // room for all of the path
+	zubCallstack_helpers::get_file_name_from_path(module.path, name.data());
 	xylConstString<64> guid;
 	xylGuid_generator::guid_to_string(module.pdb_guid, guid, true, false);
 	out.append_formatted(frame_format, static_cast<xylUInt32>(frame.module_base),
-	                     static_cast<xylUInt32>(frame.module_offset), guid.char_p(), module.pdb_age,
-	                     name);
+	                     static_cast<xylUInt32>(frame.module_offset), guid.char_p(),
+	                     module.pdb_age);
+	// Behind the formatted text, which is bounded: a path without a backslash may be longer.
+	out.append(name.data());
+	out.append(frame_end);
 }

@@ -32,9 +32,10 @@ public:
 	unsigned int get_frame_count() const { return static_cast<unsigned int>(stack.size()); }
 	const xylArray<zubCallstack_frame>& get_stack() const { return stack; }
 
-	// One line for each frame: its base, its offset, and identity, age and file name of its symbol
-	// file's image. A frame whose image isn't cached has "[unresolvable frame]" on a line of its
-	// own, ahead of a line with the identity of no image.
+	// One line for each frame: its base and its offset (the low 32 bits of each), identity and age
+	// of its image's symbol file, and what stands behind the last backslash of the image's path. A
+	// frame whose image isn't cached has "[unresolvable frame]" on a line of its own, ahead of a
+	// line with the identity of no image. "No native frames available" without frames.
 	//
 	// Adds images loaded meanwhile to zubCallstack_helpers::Modules and reads it without a lock:
 	// not to run while another thread changes that.

@@ -1,5 +1,6 @@
 // Stacks whose frames are known, on both systems alike.
 #include <morvantis/diagnostics/zubcallstack_helpers.h>
+#include <morvantis/diagnostics/zubdebughelp_interface.h>
 #include <morvantis/diagnostics/zubraw_callstack.h>
 
 #include "processor_context.h"
@@ -9,11 +10,26 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <latch>
+#include <mutex> // lock_guard
 #include <string>
+#include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace {
+
+// A frame is a plain record, a stack its array and no more, and the text of one frame private.
+static_assert(std::is_trivial_v<zubCallstack_frame> &&
+              std::is_standard_layout_v<zubCallstack_frame>);
+static_assert(sizeof(zubRaw_callstack) == sizeof(xylArray<zubCallstack_frame>));
+static_assert(std::is_same_v<decltype(zubRaw_callstack::stack), xylArray<zubCallstack_frame>>);
+template <typename Stack>
+concept Shows_one_frame = requires(const zubCallstack_frame& frame, xylVarString& out) {
+	Stack::get_frame_str(frame, out);
+};
+static_assert(!Shows_one_frame<zubRaw_callstack>);
 
 using Frames = std::vector<std::pair<xylUInt64, xylUInt64>>;
 
@@ -74,6 +90,19 @@ void run_recursion() {
 }
 volatile Function recursion = run_recursion;
 
+// The same for several threads at once.
+struct Descent {
+	int left;
+	zubRaw_callstack stack;
+};
+void descend(Descent& descent);
+void capture_here(Descent& descent) { descent.stack.capture(nullptr, 0); }
+void (*volatile descent_calls[])(Descent&) = {capture_here, descend};
+void descend(Descent& descent) {
+	descent_calls[--descent.left > 0](descent);
+	descent.left = descent.left ^ 1;
+}
+
 int compare_and_work(const void* left, const void* right) {
 	if (innermost_work) {
 		run_innermost();
@@ -98,6 +127,16 @@ std::vector<xylUInt64> addresses_of(const zubRaw_callstack& stack) {
 	for (const zubCallstack_frame& frame : stack.get_stack())
 		addresses.push_back(address_of(frame));
 	return addresses;
+}
+
+// Of frames in a row that have one address, as calls from one place have.
+size_t longest_run(const std::vector<xylUInt64>& addresses) {
+	size_t longest = 1, length = 1;
+	for (size_t i = 1; i < addresses.size(); ++i) {
+		length = addresses[i] == addresses[i - 1] ? length + 1 : 1;
+		longest = std::max(longest, length);
+	}
+	return longest;
 }
 
 // The frames that were noted, one calling the next.
@@ -231,15 +270,53 @@ TEST_F(Raw_callstack_test, TellsEveryDepth) {
 		depth_left = depth;
 		recursion();
 		innermost_work = nullptr;
-		// As many frames of one address as there are calls from one place.
-		const std::vector<xylUInt64> addresses = addresses_of(stack);
-		size_t longest = 0, length = 0;
-		for (size_t i = 1; i < addresses.size(); ++i) {
-			length = addresses[i] == addresses[i - 1] ? length + 1 : 0;
-			longest = std::max(longest, length);
-		}
-		EXPECT_EQ(longest + 1, static_cast<size_t>(depth));
+		EXPECT_EQ(longest_run(addresses_of(stack)), static_cast<size_t>(depth));
 	}
+}
+
+TEST_F(Raw_callstack_test, CapturesOnSeveralThreadsAtOnce) {
+	constexpr int thread_count = 4;
+	std::latch start(thread_count);
+	std::vector<std::thread> threads;
+	for (int number = 0; number < thread_count; ++number) {
+		threads.emplace_back([&start, number] {
+			Descent descent;
+			start.arrive_and_wait();
+			for (int i = 0; i < 10000; ++i) {
+				const int depth = 1 + (7 * i + number) % 60;
+				descent.left = depth;
+				descend(descent);
+				ASSERT_EQ(longest_run(addresses_of(descent.stack)), static_cast<size_t>(depth));
+			}
+		});
+	}
+	for (std::thread& thread : threads) thread.join();
+}
+
+// Whoever took one of these locks would wait for itself.
+TEST_F(Raw_callstack_test, CaptureAndTextTakeNoLock) {
+	zubDebughelp_interface engine;
+	zub_debughelp_interface = &engine;
+	zubRaw_callstack stack;
+	{
+		const std::lock_guard resolving(zubCallstack_helpers::dbg_help_lock);
+		const std::lock_guard dumping(engine.lock);
+		stack.capture(nullptr, 0);
+		EXPECT_EQ(text_of(stack).find("[unresolvable frame]"), std::string::npos);
+	}
+	zub_debughelp_interface = nullptr;
+}
+
+TEST_F(Raw_callstack_test, ArrayDoublesFromTheRoomThatItHas) {
+	zubRaw_callstack stack;
+	stack.stack.reserve(3);
+	innermost_work = [&] { stack.capture(nullptr, 0); };
+	depth_left = 60;
+	recursion();
+	innermost_work = nullptr;
+	EXPECT_GT(stack.get_frame_count(), 60u);
+	const size_t capacity = stack.stack.capacity();
+	EXPECT_TRUE(capacity == 96 || capacity == 192) << capacity;
 }
 
 TEST_F(Raw_callstack_test, SecondCaptureReplacesTheFirstAndKeepsTheStorage) {
@@ -337,6 +414,26 @@ TEST_F(Raw_callstack_test, TakesAFrameWithoutUnwindEntryForALeaf) {
 	EXPECT_EQ(context.sp(), address_outside(memory, 3));
 }
 
+// A function that has run no instruction yet has its caller's address on top of the stack.
+TEST_F(Raw_callstack_test, LeafBehindAFrameOfAnImageHasNoBase) {
+	std::vector<xylUInt64> memory(8);
+	memory[0] = address_outside(memory, 5);
+	const auto first = reinterpret_cast<xylUInt64>(run_work);
+	zubCallstack_helpers::enumerate_modules(nullptr);
+	Processor_context context(first, memory.data());
+	zubRaw_callstack stack;
+	stack.capture(context.record(), 0);
+	ASSERT_EQ(stack.get_frame_count(), 2u);
+	zubCallstack_module module;
+	const zubCallstack_frame& in_image = stack.get_stack()[0];
+	ASSERT_TRUE(zubCallstack_helpers::get_module_info(in_image.module_base, module));
+	EXPECT_EQ(address_of(in_image), first);
+	EXPECT_EQ(frames_of(stack)[1], (std::pair<xylUInt64, xylUInt64>(0, memory[0])));
+	EXPECT_EQ(context.sp(), address_outside(memory, 2));
+	EXPECT_NE(text_of(stack).find("[unresolvable frame] \n0x0000000000000000 0x"),
+	          std::string::npos);
+}
+
 TEST_F(Raw_callstack_test, LeavesAContextBehindTheLastOf128Steps) {
 	std::vector<xylUInt64> memory(300);
 	for (size_t i = 0; i < memory.size(); ++i) memory[i] = address_outside(memory, 0) + i;
@@ -367,6 +464,21 @@ TEST_F(Raw_callstack_test, TextHasOneLineForEachFrame) {
 		// the low halves only, and the age as a signed number
 		"0x0000000087654321 0x0000000076543210 {00000000000000000000000000000000} -1 "
 		"no separator\n");
+}
+
+// No formatted text is as long as a path may be where nothing shortens it.
+TEST_F(Raw_callstack_test, TextHasAFileNameOfAnyLength) {
+	for (const size_t length : {431u, 432u, 433u, 4095u, 5000u}) {
+		SCOPED_TRACE(length);
+		const std::string name(length, 'n');
+		zubCallstack_helpers::Modules[0x1234].path = ("C:\\games\\" + name).c_str();
+		zubRaw_callstack stack;
+		stack.stack.push_back({0x1234, 0x56});
+		stack.stack.push_back({0x1234, 0x57});
+		const std::string identity = " {00000000000000000000000000000000} 0 " + name + "\n";
+		EXPECT_EQ(text_of(stack), "0x0000000000001234 0x0000000000000056" + identity +
+		                              "0x0000000000001234 0x0000000000000057" + identity);
+	}
 }
 
 TEST_F(Raw_callstack_test, TextOfAnUnresolvableFrameHasTwoLines) {
