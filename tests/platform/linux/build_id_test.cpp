@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include <elf.h>
@@ -117,6 +118,19 @@ TEST(Build_id, IsFoundInTheFirstPage) {
 		SCOPED_TRACE(c.name);
 		EXPECT_EQ(page_with(c.segments).found(), c.found);
 		EXPECT_EQ(page_with(c.segments, 0x400000).found(), c.found);
+	}
+}
+
+// Linkers of some languages write the segments in this order.
+TEST(Build_id, IsFoundAheadOfTheLoadedSegment) {
+	for (const xylUInt64 start : {0x0ull, 0x400000ull}) {
+		SCOPED_TRACE(start);
+		Page page = page_with({{note(gnu, 3, id)}}, start);
+		constexpr size_t first = sizeof(Elf64_Ehdr), second = first + sizeof(Elf64_Phdr);
+		std::swap_ranges(page.data() + first, page.data() + second, page.data() + second);
+		EXPECT_EQ(page.found(), 0x310);
+		page.put(second, Elf64_Word{PT_NULL}); // nothing loaded
+		EXPECT_EQ(page.found(), -1);
 	}
 }
 

@@ -203,6 +203,20 @@ TEST(Frame_rules, RefusesExpressionsThatMakeNoSense) {
 	EXPECT_TRUE(evaluate(Bytes(31, 0x30), result)); // just full
 }
 
+// An expression's size has ten bytes at most, however it is filled up.
+TEST(Frame_rules, RefusesASizeOfMoreBytesThanANumberHas) {
+	const auto evaluate_sized = [](const Bytes& size, xylUInt64& result) {
+		const Bytes all = size + bytes({0x37}) + Bytes(16, 0);
+		return evaluate_frame_expression(reinterpret_cast<Frame_expression>(all.data()),
+		                                 numbered_registers(), 5, read_words, result);
+	};
+	const Bytes nine_more(9, '\x80');
+	xylUInt64 result = 0;
+	EXPECT_TRUE(evaluate_sized(bytes({0x81}) + nine_more.substr(1) + bytes({0}), result));
+	EXPECT_EQ(result, 7u);
+	EXPECT_FALSE(evaluate_sized(bytes({0x81}) + nine_more + bytes({0}), result));
+}
+
 TEST(Frame_rules, MovesToTheCaller) {
 	Frame_rules rules = plain_rules();
 	Frame_registers registers = numbered_registers();

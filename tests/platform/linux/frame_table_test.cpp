@@ -172,6 +172,22 @@ TEST(Frame_table, RunsEveryInstruction) {
 	}
 }
 
+// What a common entry restores ahead of having set anything is as if nothing had been told: not
+// what another table said before.
+TEST(Frame_table, CommonEntryRestoresToNothing) {
+	Frame_bytes before = function_of({});
+	before.first_instructions = bytes({0x0C, 7, 8, 0x90, 1, 0x86, 2, 0x83, 3});
+	Frame_bytes restoring = function_of({});
+	restoring.first_instructions = bytes({0x0C, 7, 8, 0x90, 1, 0x86, 2, 0xC6, 0x06, 3});
+	const Table_image images[] = {Table_image({before}), Table_image({restoring})};
+	const char* const expected[] = {"cfa=7+8 3=[-24] 6=[-16] 16=[-8]", "cfa=7+8 16=[-8]"};
+	for (const int i : {0, 1, 0, 1}) {
+		Frame_rules rules;
+		ASSERT_TRUE(find_frame_rules(images[i].table(), images[i].address(code), rules));
+		EXPECT_EQ(text_of(rules), expected[i]);
+	}
+}
+
 TEST(Frame_table, ExpressionsPointIntoTheTable) {
 	Frame_rules rules;
 	const Frame_bytes function =

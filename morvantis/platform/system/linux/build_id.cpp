@@ -2,6 +2,8 @@
 
 #include <morvantis/platform/system/linux/byte_reader.h>
 
+#include <algorithm>
+
 #include <elf.h>
 
 namespace os {
@@ -11,6 +13,15 @@ constexpr xylUInt64 page_size = 4096;
 
 constexpr xylUInt64 round_up(xylUInt64 value, xylUInt64 step) {
 	return (value + step - 1) / step * step;
+}
+
+// Takes the next segment of a type off the table. False when there is none.
+bool take_segment(Byte_reader& table, Elf64_Word type, Elf64_Phdr& segment) {
+	while (table.left() >= sizeof(segment)) {
+		segment = table.take<Elf64_Phdr>();
+		if (segment.p_type == type) return true;
+	}
+	return false;
 }
 
 } // namespace
@@ -33,20 +44,22 @@ Build_id_note find_build_id_note(const unsigned char* bytes, size_t size, size_t
 }
 
 const unsigned char* find_build_id(const unsigned char* first_page) {
-	Byte_reader page{first_page, first_page + page_size};
-	const auto header = page.take<Elf64_Ehdr>();
+	const Byte_reader page{first_page, first_page + page_size};
+	Byte_reader rest = page;
+	const auto header = rest.take<Elf64_Ehdr>();
 	if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return nullptr;
-	page.position = first_page;
-	page.take_bytes(header.e_phoff);
+	rest = page;
+	rest.take_bytes(header.e_phoff);
+	const xylUInt64 table_size = header.e_phnum * xylUInt64{sizeof(Elf64_Phdr)};
+	const Byte_reader table = rest.take_bytes(std::min<xylUInt64>(table_size, rest.left()));
 
-	xylUInt64 image_start = ~0ULL; // the address that the first page was linked for
-	for (unsigned int i = 0; i < header.e_phnum && !page.failed; ++i) {
-		const auto segment = page.take<Elf64_Phdr>();
-		if (segment.p_type == PT_LOAD && image_start == ~0ULL) {
-			image_start = segment.p_vaddr & ~(page_size - 1);
-		}
-		if (segment.p_type != PT_NOTE || segment.p_vaddr - image_start >= page_size) continue;
-		Byte_reader notes{first_page, first_page + page_size};
+	// Addresses count from the first loaded segment, where the first page comes from.
+	Elf64_Phdr segment;
+	Byte_reader segments = table;
+	if (!take_segment(segments, PT_LOAD, segment)) return nullptr;
+	const xylUInt64 image_start = segment.p_vaddr & ~(page_size - 1);
+	for (segments = table; take_segment(segments, PT_NOTE, segment);) {
+		Byte_reader notes = page;
 		notes.take_bytes(segment.p_vaddr - image_start);
 		if (notes.left() < segment.p_memsz) continue;
 		notes = notes.take_bytes(segment.p_memsz);

@@ -335,9 +335,11 @@ bool find_value(Frame_rule_kind kind, Frame_rule_operand operand, const Frame_re
 
 bool evaluate_frame_expression(Frame_expression expression, const Frame_registers& registers,
                                xylUInt64 first, Read_memory read, xylUInt64& result) {
-	// An ULEB128 of 64 bits has at most ten bytes, and this one is known to be whole.
+	// An ULEB128 of 64 bits has at most ten bytes, and this one is known to be whole. One that is
+	// filled up with zeros to more is refused.
 	Byte_reader size_reader{expression, expression + 10};
 	const xylUInt64 size = size_reader.take_uleb();
+	if (size_reader.failed) return false;
 	const Byte_reader code{size_reader.position, size_reader.position + size};
 	return Evaluation(code, registers, read).run(first, result);
 }

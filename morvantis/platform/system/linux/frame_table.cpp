@@ -70,11 +70,10 @@ Byte_reader reader_at(const Frame_table& table, const unsigned char* place) {
 	return {place, table.end};
 }
 
-// The bytes of the entry that begins with a length; `failed` for the end mark too.
+// The bytes of the entry that begins with a length; none for the end mark.
 Byte_reader take_entry(Byte_reader& reader) {
 	xylUInt64 length = reader.take<xylUInt32>();
 	if (length == 0xFFFFFFFF) length = reader.take<xylUInt64>();
-	if (length == 0) reader.fail();
 	return reader.take_bytes(length);
 }
 
@@ -388,7 +387,7 @@ private:
 	const xylUInt64 address_;
 	xylUInt64 location_; // where the rules so far begin to hold
 	Frame_rules& rules_;
-	Frame_rules initial_; // those that the common entry sets
+	Frame_rules initial_{}; // those that the common entry sets, or none while it still does
 	Frame_rules remembered_[most_remembered];
 	unsigned int remembered_count_ = 0;
 };

@@ -2,6 +2,8 @@
 
 #include <morvantis/platform/system/windows/include_windows.h>
 
+#include <cstring>
+
 namespace {
 
 // Moves the context to its caller, and tells the base of the image that it was in.
@@ -9,7 +11,7 @@ DWORD64 leave_frame(CONTEXT& context) {
 	DWORD64 image_base = 0;
 	const PRUNTIME_FUNCTION entry = RtlLookupFunctionEntry(context.Rip, &image_base, nullptr);
 	if (!entry) {
-		context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
+		std::memcpy(&context.Rip, reinterpret_cast<const void*>(context.Rsp), sizeof(context.Rip));
 		context.Rsp += 8;
 		return image_base;
 	}
