@@ -232,6 +232,22 @@ TEST_F(Callstack_test, CaptureTakesTheStackThenTheImagesThenTheLines) {
 	EXPECT_THAT(take_calls(), ElementsAre("walk_callers", "visit_modules(null)"));
 }
 
+TEST_F(Callstack_test, RawCaptureAllocatesNothingButRoomForTheFrames) {
+	scripted_symbols.frames.assign(128, {game_base, game_base + 1});
+	zubRaw_callstack raw;
+	scripted_system.allocations = 0;
+	raw.capture(nullptr, 128);
+	EXPECT_EQ(scripted_system.allocations, 0);
+	raw.capture(nullptr, 28);
+	EXPECT_GT(scripted_system.allocations, 0);
+	scripted_system.allocations = 0;
+	raw.capture(nullptr, 0); // the 128 for which there is room
+	int context = 0;
+	raw.capture(&context, 5);
+	EXPECT_EQ(raw.get_frame_count(), 123u);
+	EXPECT_EQ(scripted_system.allocations, 0);
+}
+
 // --- Counters
 
 class Counters_test : public Scripted_symbols_test {

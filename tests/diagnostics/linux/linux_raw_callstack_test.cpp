@@ -9,6 +9,7 @@
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
+#include <latch>
 #include <random>
 #include <string>
 #include <thread>
@@ -16,6 +17,7 @@
 
 #include <alloca.h>
 #include <dlfcn.h>
+#include <link.h>
 #include <sys/mman.h>
 #include <ucontext.h>
 #include <unwind.h>
@@ -319,6 +321,33 @@ TEST(Linux_raw_callstack, CapturesOnThreadsWhileLibrariesComeAndGo) {
 	for (std::thread& thread : threads) thread.join();
 	EXPECT_EQ(wrong, 0);
 	EXPECT_GE(captures, 68);
+}
+
+// While the loader's list is held by one thread, another one walks through an image that is looked
+// up anew for each frame. A walk that waited for the loader would never end.
+TEST(Linux_raw_callstack, WaitsForNoLockOfTheLoader) {
+	const Walked_module module("walked_nameless");
+	zubRaw_callstack stack;
+	std::latch is_running(1), is_held(1), is_captured(1);
+	std::thread walker([&] {
+		is_running.count_down();
+		is_held.wait();
+		module.walk_through(3, capture_here, &stack);
+		is_captured.count_down();
+	});
+	is_running.wait(); // a sanitizer asks the loader at a thread's start
+	const auto hold = [&] {
+		is_held.count_down();
+		is_captured.wait();
+	};
+	dl_iterate_phdr(
+		[](dl_phdr_info*, size_t, void* data) {
+			(*static_cast<decltype(hold)*>(data))();
+			return 1;
+		},
+		const_cast<void*>(static_cast<const void*>(&hold)));
+	walker.join();
+	EXPECT_EQ(frames_in(module, addresses_of(stack)), 3u);
 }
 
 TEST(Linux_raw_callstack, EndsAtAThreadsStart) {

@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <memory>
 #include <random>
 #include <thread>
 #include <vector>
+
+#include <sys/mman.h>
 
 using os::Frame_cache;
 using os::Frame_image;
@@ -87,6 +90,47 @@ TEST(Frame_cache, NeverGivesTheFrameOfAnotherPlace) {
 		}
 	}
 	EXPECT_GT(found, 20000); // 2048 of 6000 have room
+}
+
+namespace {
+
+// What a signal handler finds that comes while a place is being written.
+struct Interruption {
+	Frame_cache* cache;
+	Frame_image image;
+	const Page* page;
+	void* forbidden; // memory that may not be read until the handler has run
+	os::Packed_frame found = 0;
+};
+Interruption* interruption;
+
+void use_cache_meanwhile(int) {
+	Interruption& now = *interruption;
+	now.found = now.cache->find(0x1234, now.image);
+	now.cache->store(0x1234, now.image, now.page->build_id, os::frame_on_rbp); // waits for nobody
+	mprotect(now.forbidden, 4096, PROT_READ);
+}
+
+} // namespace
+
+TEST(Frame_cache, TakesAPlaceThatIsBeingWrittenForAbsent) {
+	const auto cache = make_cache();
+	const Page page;
+	void* const forbidden = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+	ASSERT_NE(forbidden, MAP_FAILED);
+	Interruption state{cache.get(), page.image(), &page, forbidden};
+	interruption = &state;
+	cache->store(0x1234, state.image, page.build_id, os::frame_leaf);
+
+	struct sigaction action{}, before;
+	action.sa_handler = use_cache_meanwhile;
+	sigaction(SIGSEGV, &action, &before);
+	state.found = os::frame_leaf;
+	cache->store(0x1234, state.image, static_cast<unsigned char*>(forbidden), os::frame_last);
+	sigaction(SIGSEGV, &before, nullptr);
+	EXPECT_EQ(state.found, os::frame_unknown);
+	EXPECT_EQ(cache->find(0x1234, state.image), os::frame_last);
+	munmap(forbidden, 4096);
 }
 
 TEST(Frame_cache, ServesThreadsAtOnce) {
