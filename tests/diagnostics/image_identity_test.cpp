@@ -318,6 +318,22 @@ TEST(image_identity, PiecesSideBySideAreOneImage) {
 	}
 }
 
+// A table that lies in front of the image is none, though the memory there may be read.
+TEST(image_identity, NothingInFrontOfTheImageIsRead) {
+	const Elf_image image;
+	const auto table = image.bytes.begin() + Elf_image::table;
+	std::vector<unsigned char> block(table, table + 2 * 56);
+	const size_t base = block.size();
+	block.insert(block.end(), image.bytes.begin(), image.bytes.end());
+	readable_block = &block;
+	for (const xylUInt64 place : {Elf_image::table, 0 - xylUInt64{base}}) {
+		std::memcpy(&block[base + 32], &place, sizeof(place));
+		zubCallstack_module module;
+		module.base_address = reinterpret_cast<size_t>(block.data()) + base;
+		EXPECT_EQ(read_image_identity(module, readable_bytes), place == Elf_image::table);
+	}
+}
+
 TEST(image_identity, NothingReadableIsNoImage) {
 	readable_block = nullptr;
 	zubCallstack_module module;

@@ -58,6 +58,9 @@ TEST(pdb_identity, WithoutDebugInformationTheFilesAgeCounts) {
 	EXPECT_EQ(read(short_one)->build_age, 7u);
 	short_one.put(directory + 16, 0xFFFFFFFF); // no such stream
 	EXPECT_EQ(read(short_one)->build_age, 7u);
+	Pdb_file cut_one(guid, 7, 9); // its last number, where the debug stream is, isn't whole
+	--cut_one.bytes[44];
+	EXPECT_EQ(read(cut_one)->build_age, 7u);
 }
 
 TEST(pdb_identity, DamagedFilesHaveNone) {
