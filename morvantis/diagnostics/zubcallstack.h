@@ -48,7 +48,8 @@ public:
 	//
 	// `addresses`   room for `max_count`; a 0 follows the last address
 	// `hash`        the system's hash of what was captured, 0 when that is nothing
-	// `max_count`   at least 1, as it counts the 0
+	// `max_count`   at least 1, as it counts the 0. No stack is followed beyond 512 frames on Linux
+	//               and 65,535 on Windows.
 	// `skip_count`  that many innermost frames are left out, the first being this function's own
 	// Result        whether any address was captured.
 	static bool capture_counters(unsigned long long* addresses, unsigned long long* hash,

@@ -71,6 +71,15 @@ public:
 		return {};
 	}
 
+	// A text at its place in the file, with the upper bytes left out.
+	std::string text(uint32_t rva) const {
+		const auto size = number<uint32_t>(rva);
+		require(size % 2 == 0 && number<uint16_t>(rva + 4 + size) == 0, "text");
+		std::string result;
+		for (uint32_t i = 0; i < size; i += 2) result += number<char>(rva + 4 + i);
+		return result;
+	}
+
 	std::map<uint32_t, Thread> threads;
 	std::vector<Module> modules;
 	std::vector<Range> ranges; // of the list of memory
@@ -96,13 +105,6 @@ private:
 		const auto size = number<uint32_t>(position), rva = number<uint32_t>(position + 4);
 		require(rva <= bytes_.size() && bytes_.size() - rva >= size, "location");
 		return bytes_.substr(rva, size);
-	}
-	std::string text(uint32_t rva) const {
-		const auto size = number<uint32_t>(rva);
-		require(size % 2 == 0 && number<uint16_t>(rva + 4 + size) == 0, "text");
-		std::string result;
-		for (uint32_t i = 0; i < size; i += 2) result += number<char>(rva + 4 + i);
-		return result;
 	}
 	// Where the records of a list begin; checks that it holds just them.
 	std::vector<uint64_t> records(uint32_t type, size_t size) const {

@@ -17,11 +17,14 @@
 #include <thread>
 #include <vector>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <ucontext.h>
 #include <unistd.h>
 
@@ -181,6 +184,82 @@ TEST_F(Linux_minidump_test, HandlersRegistersAreTheDumpsOwn) {
 	EXPECT_NE(dump.memory(reinterpret_cast<void*>(instruction), 16), "");
 }
 
+template <typename Number> Number number_at(const std::string& bytes, size_t position) {
+	Number number;
+	std::memcpy(&number, bytes.data() + position, sizeof(number));
+	return number;
+}
+
+TEST_F(Linux_minidump_test, EveryRegisterHasItsPlace) {
+	struct Place {
+		int index;
+		size_t position; // in the context of a dump
+	};
+	static constexpr Place places[] = {
+		{REG_RAX, 0x78}, {REG_RCX, 0x80}, {REG_RDX, 0x88}, {REG_RBX, 0x90}, {REG_RSP, 0x98},
+		{REG_RBP, 0xA0}, {REG_RSI, 0xA8}, {REG_RDI, 0xB0}, {REG_R8, 0xB8},  {REG_R9, 0xC0},
+		{REG_R10, 0xC8}, {REG_R11, 0xD0}, {REG_R12, 0xD8}, {REG_R13, 0xE0}, {REG_R14, 0xE8},
+		{REG_R15, 0xF0}, {REG_RIP, 0xF8}};
+	ucontext_t context{};
+	greg_t* const registers = context.uc_mcontext.gregs;
+	for (const Place& place : places) registers[place.index] = 0x7700 + place.index;
+	registers[REG_EFL] = 0x12345678;
+	registers[REG_CSGSFS] = 0x0044'0033'0022'0011; // ss, fs, gs, cs
+	_libc_fpstate floating_point{};
+	for (size_t i = 0; i < sizeof(floating_point); ++i) {
+		reinterpret_cast<unsigned char*>(&floating_point)[i] = static_cast<unsigned char>(i * 7);
+	}
+	context.uc_mcontext.fpregs = &floating_point;
+	siginfo_t record{};
+	const std::string found = dump_of({&record, &context}).exception.context;
+	for (const Place& place : places) {
+		EXPECT_EQ(number_at<uint64_t>(found, place.position),
+		          static_cast<uint64_t>(0x7700 + place.index));
+	}
+	EXPECT_EQ(number_at<uint32_t>(found, 0x30), 0x10000Fu) << "what of it is valid";
+	EXPECT_EQ(number_at<uint32_t>(found, 0x34), floating_point.mxcsr);
+	EXPECT_EQ(number_at<uint16_t>(found, 0x38), 0x11) << "cs";
+	EXPECT_EQ(number_at<uint16_t>(found, 0x3E), 0x33) << "fs";
+	EXPECT_EQ(number_at<uint16_t>(found, 0x40), 0x22) << "gs";
+	EXPECT_EQ(number_at<uint16_t>(found, 0x42), 0x44) << "ss";
+	EXPECT_EQ(number_at<uint32_t>(found, 0x44), 0x12345678u);
+	EXPECT_EQ(std::memcmp(found.data() + 0x100, &floating_point, sizeof(floating_point)), 0);
+}
+
+TEST_F(Linux_minidump_test, OfADeepStackTheInnermostPartIsThere) {
+	constexpr size_t depth = 512 << 10;
+	Minidump::Thread deep;
+	std::thread([&] {
+		auto* const room = static_cast<volatile char*>(__builtin_alloca(depth));
+		room[0] = 1;
+		room[depth - 1] = 1;
+		deep = dump_in_passing().threads.at(static_cast<uint32_t>(gettid()));
+	}).join();
+	EXPECT_EQ(deep.stack.start, Minidump::stack_pointer(deep.context) - 128);
+	EXPECT_EQ(deep.stack.bytes.size(), 256u << 10);
+}
+
+TEST_F(Linux_minidump_test, SystemIsTheKernelsOwnWords) {
+	const Minidump dump = dump_in_passing();
+	const std::string system = dump.stream(7), process = dump.stream(15);
+	utsname name{};
+	uname(&name);
+	unsigned int major = 0, minor = 0;
+	std::sscanf(name.release, "%u.%u", &major, &minor);
+	EXPECT_EQ(number_at<uint8_t>(system, 6), static_cast<uint8_t>(sysconf(_SC_NPROCESSORS_ONLN)));
+	EXPECT_EQ(number_at<uint32_t>(system, 8), major);
+	EXPECT_EQ(number_at<uint32_t>(system, 12), minor);
+	EXPECT_EQ(number_at<uint32_t>(system, 20), 0x8201u) << "Linux";
+	EXPECT_EQ(dump.text(number_at<uint32_t>(system, 24)), name.version);
+	std::ifstream info("/proc/cpuinfo");
+	const std::string processor{std::istreambuf_iterator<char>(info), {}};
+	EXPECT_THAT(processor, HasSubstr(system.substr(32, 12))) << "the maker";
+	EXPECT_THAT(processor, HasSubstr("cpu family\t: " +
+	                                 std::to_string(number_at<uint16_t>(system, 2)) + "\n"));
+	EXPECT_EQ(number_at<uint32_t>(process, 0), 24u);
+	EXPECT_EQ(number_at<uint32_t>(process, 4), 1u) << "the process's number is all there is";
+}
+
 TEST_F(Linux_minidump_test, FaultKeepsItsAddressAndWhatRegistersPointAtIsThere) {
 	siginfo_t record{};
 	record.si_signo = SIGSEGV;
@@ -256,6 +335,33 @@ TEST_F(Linux_minidump_test, ModulesAreTheLoadedImagesAndTheProgramIsTheFirst) {
 		return 0;
 	};
 	dl_iterate_phdr(compare, &modules);
+}
+
+TEST_F(Linux_minidump_test, ImageThatIsOnlyReadIsNoModule) {
+	const int file = open(MORVANTIS_CACHED_LIBRARY, O_RDONLY | O_CLOEXEC);
+	ASSERT_GE(file, 0);
+	void* const image = mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE, file, 0);
+	close(file);
+	ASSERT_NE(image, MAP_FAILED);
+	for (const Minidump::Module& module : dump_in_passing().modules) {
+		EXPECT_NE(module.base, reinterpret_cast<uint64_t>(image)) << module.name;
+	}
+	munmap(image, 4096);
+}
+
+// Letters of two, three and four bytes, and a byte that is none.
+TEST_F(Linux_minidump_test, NamesOfModulesAreUtf16) {
+	const std::string path = folder_ / "\xC3\xBC\xE4\xB8\xAD\xF0\x9D\x84\x9E\xFF.so";
+	std::filesystem::copy_file(MORVANTIS_CACHED_LIBRARY, path);
+	void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+	ASSERT_NE(library, nullptr) << dlerror();
+	dump_in_passing();
+	dlclose(library);
+	std::ifstream file(this->path(), std::ios::binary);
+	const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+	static constexpr char16_t name[] = u"/\u00FC\u4E2D\U0001D11E\u00FF.so";
+	EXPECT_NE(bytes.find(std::string(reinterpret_cast<const char*>(name), sizeof(name))),
+	          std::string::npos);
 }
 
 TEST_F(Linux_minidump_test, KernelsTextsAreThereWithoutTheEnvironment) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sstream>
 #include <string>
 
 #include <fcntl.h>
@@ -33,19 +34,22 @@ private:
 	std::string before_;
 };
 
-// An xdg-open that writes its arguments, one a line, into a pipe with a name.
+// Writes the arguments of a script, one a line.
+constexpr char write_arguments[] = "printf '%s\\n' \"$#\" \"$@\"";
+
+// An xdg-open that writes into a pipe with a name.
 class Fake_opener {
 public:
-	Fake_opener()
+	explicit Fake_opener(const std::string& what = write_arguments)
 		: path_("PATH", folder_.path().string() + ":" + std::getenv("PATH")),
 		  pipe_(folder_ / "pipe") {
 		mkfifo(pipe_.c_str(), 0600);
-		const std::string script = folder_.make_file(
-			"xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$#\" \"$@\" >'" + pipe_ + "'\n");
+		const std::string script =
+			folder_.make_file("xdg-open", "#!/bin/sh\n{ " + what + "; } >'" + pipe_ + "'\n");
 		chmod(script.c_str(), 0700);
 	}
-	// Waits for the opener; what it was called with.
-	std::string arguments() const {
+	// Waits for the opener; what it writes.
+	std::string words() const {
 		std::ifstream pipe(pipe_);
 		return {std::istreambuf_iterator<char>(pipe), {}};
 	}
@@ -104,15 +108,33 @@ TEST(zubPlatform_process_linux, OpenFilesAreNotHandedOn) {
 TEST(zubPlatform_process_linux, ShellCallsOpenWithTheDesktopsOpener) {
 	const Fake_opener opener;
 	zubPlatform::shell_execute("print", "a b; $(c) \"d\"");
-	EXPECT_EQ(opener.arguments(), "1\na b; $(c) \"d\"\n");
+	EXPECT_EQ(opener.words(), "1\na b; $(c) \"d\"\n");
 	const std::string file = opener.folder().make_file("some file.txt");
 	zubPlatform::open_with_default_app(xylVarString(file.c_str()));
-	EXPECT_EQ(opener.arguments(), "1\n" + file + "\n");
+	EXPECT_EQ(opener.words(), "1\n" + file + "\n");
 	const std::string folder = opener.folder().path().string();
 	zubPlatform::open_folder_and_select_items(xylVarString(folder.c_str()),
 	                                          xylVarString(file.c_str()));
-	EXPECT_EQ(opener.arguments(), "1\n" + folder + "\n");
+	EXPECT_EQ(opener.words(), "1\n" + folder + "\n");
 	EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "the opener is nobody's child";
+}
+
+TEST(zubPlatform_process_linux, OpenerHasNoFilesOfOursAndItsOwnSession) {
+	const int file = open("/dev/null", O_RDONLY); // not closed by itself
+	ASSERT_GT(file, 2);
+	const Fake_opener opener(
+		"cut -d' ' -f6 /proc/self/stat; readlink /proc/self/fd/2; ls /proc/self/fd");
+	zubPlatform::shell_execute("open", "file");
+	std::istringstream words(opener.words());
+	close(file);
+	int session = 0;
+	std::string errors, numbers;
+	words >> session >> errors;
+	for (std::string number; words >> number;) numbers += number + " ";
+	EXPECT_GT(session, 0);
+	EXPECT_NE(session, getsid(0)) << "or it would end with our terminal";
+	EXPECT_EQ(errors, "/dev/null");
+	EXPECT_EQ(numbers, "0 1 2 3 ") << "3 is the folder that is being listed";
 }
 
 TEST(zubPlatform_process_linux, MissingOpenerIsSilent) {
@@ -129,7 +151,7 @@ TEST(zubPlatform_process_linux, ShellCallWithoutAFileDoesNothing) {
 	const Fake_opener opener;
 	zubPlatform::shell_execute("open", nullptr);
 	zubPlatform::shell_execute("open", "next");
-	EXPECT_EQ(opener.arguments(), "1\nnext\n");
+	EXPECT_EQ(opener.words(), "1\nnext\n");
 }
 
 } // namespace

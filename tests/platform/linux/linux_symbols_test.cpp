@@ -4,8 +4,10 @@
 #include <morvantis/platform/system/linux/elf_symbols.h>
 #include <morvantis/platform/system/symbols.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <thread>
 
@@ -188,6 +190,59 @@ TEST_F(Linux_symbols_test, SaysWhyItKnowsNothing) {
 		const auto name = std::make_unique<os::Engine_name>();
 		EXPECT_FALSE(os::engine_name(nullptr, address, record.get(), *name));
 	}
+}
+
+// kept: a text without room leaves what was there, which for a source is the function's name.
+TEST_F(Linux_symbols_test, LeavesOutTextsWithoutRoom) {
+	const std::string path = known_file("known_long", "");
+	const os::Symbol_file_identity identity{"known_long.so", guid_of(path), 0, 0, path.c_str()};
+	void* const image = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+	ASSERT_NE(image, nullptr) << dlerror();
+	struct Case {
+		std::string name;
+		const char *function, *source;
+		xylUInt32 line;
+	};
+	const Case cases[] = {{"short_function", "short_function", "short_function", 7},
+	                      {std::string(1100, 'x'), "", "folder/short.cpp", 8}};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.line);
+		void* const address = dlsym(image, c.name.c_str());
+		dl_find_object facts;
+		ASSERT_EQ(_dl_find_object(address, &facts), 0);
+		const auto offset = static_cast<xylUInt32>(static_cast<char*>(address) -
+		                                           static_cast<char*>(facts.dlfo_map_start));
+		os::Symbol_answer answer;
+		ASSERT_TRUE(os::look_up_symbol(nullptr, path.c_str(), identity, offset, answer));
+		EXPECT_TRUE(answer.has_function && answer.has_line && answer.has_source);
+		EXPECT_STREQ(answer.function, c.function);
+		const std::string source = answer.source;
+		EXPECT_EQ(source.substr(source.size() - std::min(source.size(), std::strlen(c.source))),
+		          c.source);
+		EXPECT_LT(source.size(), 200u);
+		EXPECT_EQ(answer.line, c.line);
+	}
+	dlclose(image);
+}
+
+// Whether this process has the file open.
+bool is_open(const std::string& path) {
+	for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+		std::error_code gone;
+		if (std::filesystem::read_symlink(entry, gone) == path) return true;
+	}
+	return false;
+}
+
+TEST_F(Linux_symbols_test, ClosesItsFilesAtTheEnd) {
+	const std::string path = std::filesystem::canonical(known_file("known_release", "names"));
+	const os::Symbol_file_identity identity{"known_release.so", guid_of(path), 0, 0, path.c_str()};
+	start("");
+	os::Symbol_answer answer;
+	ASSERT_TRUE(os::look_up_symbol(nullptr, path.c_str(), identity, 0x1100, answer));
+	EXPECT_TRUE(is_open(path));
+	os::stop_symbol_engine(nullptr);
+	EXPECT_FALSE(is_open(path));
 }
 
 TEST_F(Linux_symbols_test, ServesThreadsOneAfterTheOther) {
