@@ -304,10 +304,11 @@ float xylRay::intersect_with_triangle(const xylVec3& a, const xylVec3& b, const 
 
 float xylRay::intersect_with_quad(const xylVec3& a, const xylVec3& b, const xylVec3& c,
                                   const xylVec3& d, xylVec3& out_point) const {
-	float distance = intersect_with_triangle(a, b, c, out_point);
-	if (distance > 0) return distance;
-	distance = intersect_with_triangle(c, d, a, out_point);
-	return distance > 0 ? distance : -1;
+	xylVec3 point; // out_point may be a corner
+	float distance = intersect_with_triangle(a, b, c, point);
+	if (!(distance > 0)) distance = intersect_with_triangle(c, d, a, point);
+	out_point = point;
+	return distance;
 }
 
 bool xylRay::intersects_with_quad(const zubQuad_data& quad, xylVec3& out_point) const {
@@ -351,12 +352,13 @@ bool xylRay::intersects_with_capsule(const zubCapsule_data& capsule, xylVec3& ou
 		out_length = 0;
 		return false;
 	}
-	out_point = point_at(*this, max_distance * approach.t);
-	xylVec3 from_axis = out_point - (capsule.start + (capsule.end - capsule.start) * approach.s);
+	const xylVec3 point = point_at(*this, max_distance * approach.t);
+	xylVec3 from_axis = point - (capsule.start + (capsule.end - capsule.start) * approach.s);
 	const float off_axis = from_axis.normalize();
 	const float g = off_axis < capsule.radius ? off_axis : capsule.radius;
 	const float b = -2 * g * from_axis.dot(direction);
 	const float root = square_root(b * b - (4 * g * g - 4 * capsule.radius * capsule.radius));
+	out_point = point;
 	out_length = root >= b ? root * 0.5f - b * 0.5f : (-b - root) * 0.5f;
 	return true;
 }
@@ -397,11 +399,11 @@ bool xylRay::get_capsule_intersection_details(const zubCapsule_data& capsule, xy
 	} else if (h1 > 1) {
 		if (!store_sphere_hit(*this, end, Side::entry, entry_point, entry_normal)) return false;
 	} else {
-		store_hit(*this, t1, capsule.start + axis * h1, entry_point, entry_normal);
+		store_hit(*this, t1, start.center + axis * h1, entry_point, entry_normal);
 	}
 	const float h2 = t2 * m + n;
 	if (h2 >= 0 && h2 <= 1) {
-		store_hit(*this, t2, capsule.start + axis * h2, exit_point, exit_normal);
+		store_hit(*this, t2, start.center + axis * h2, exit_point, exit_normal);
 		return true;
 	}
 	return store_sphere_hit(*this, h2 > 1 ? end : start, Side::exit, exit_point, exit_normal);

@@ -29,8 +29,8 @@ struct zubQuad_data {
 // kept: the tests follow no common convention; each says whether `max_distance` limits it and what
 // it yields when the ray starts inside. Points that are computed have FLT_MAX as fourth float,
 // "the origin" is a whole copy. Where nothing else is said, a false answer leaves the outputs
-// alone, and NaN in an argument that matters gives false. Threads: a value; nothing allocates or
-// reports.
+// alone, and NaN in an argument that matters gives false. Outputs may be arguments, but not the
+// vectors of the ray itself. Threads: a value; nothing allocates or reports.
 struct MORVANTIS_API xylRay {
 	static constexpr float default_max_distance = 100000.0f;
 

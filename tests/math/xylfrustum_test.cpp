@@ -1,4 +1,5 @@
 #include "samples.h"
+#include "shapes.h"
 
 namespace {
 
@@ -15,17 +16,6 @@ xylObject_bounds_cache cache_of(const xylBounding_box& box) {
 	xylObject_bounds_cache cache{};
 	cache.update(box, xylMatrix_frame::identity());
 	return cache;
-}
-
-// The box from (-10, 0, -10) to (10, 20, 10), looking along +Y; normals exactly of unit length.
-xylFrustum box_frustum() {
-	xylPlane planes[6] = {
-		{{0, 0, 0}, {0, 1, 0}},   {{0, 20, 0}, {0, -1, 0}}, {{-10, 0, 0}, {1, 0, 0}},
-		{{10, 0, 0}, {-1, 0, 0}}, {{0, 0, 10}, {0, 0, -1}}, {{0, 0, -10}, {0, 0, 1}},
-	};
-	xylFrustum frustum;
-	frustum.set_planes(planes);
-	return frustum;
 }
 
 plain::Check plain_of(xylFrustum_check_result result) { return static_cast<plain::Check>(result); }

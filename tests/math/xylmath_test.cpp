@@ -147,6 +147,10 @@ TEST(xylMath, SegmentsMayBeReplacedByTheirResults) {
 	xylMath::shortest_segment_between_lines(a, a, b, b, b, a);
 	EXPECT_EQ(b, xylVec3(1, 2, 3));
 	EXPECT_EQ(a, xylVec3(4, 5, 6));
+	p0 = {0, 0, 0}, q0 = {1, 1, 0};
+	xylMath::shortest_segment_between_lines_precise(p0, p1, q0, q1, q0, p0);
+	EXPECT_EQ(q0, xylVec3(1, 0, 0));
+	EXPECT_EQ(p0, xylVec3(1, 1, 0));
 	a = {1, 2, 3};
 	b = {4, 5, 6};
 	xylMath::shortest_segment_between_lines_precise(a, a, b, b, b, a);
@@ -209,10 +213,14 @@ TEST(xylMath, ClosestPointOfASegment) {
 	                                                                     {5, 5, 5}, on, point);
 	EXPECT_EQ(on, xylVec3(1.003f, 2, 3));
 	// Outputs may be the inputs.
-	xylVec3 a(0, 0, 0), p(1, 5, 0);
-	xylMath::shortest_segment_between_line_and_point(a, {4, 0, 0}, p, p, a);
-	EXPECT_EQ(p, xylVec3(1, 0, 0));
-	EXPECT_EQ(a, xylVec3(1, 5, 0));
+	for (const Operation closest :
+	     {xylMath::shortest_segment_between_line_and_point,
+	      xylMath::shortest_segment_between_line_and_point_no_degenerate_check}) {
+		xylVec3 a(0, 0, 0), p(1, 5, 0);
+		closest(a, {4, 0, 0}, p, p, a);
+		EXPECT_EQ(p, xylVec3(1, 0, 0));
+		EXPECT_EQ(a, xylVec3(1, 5, 0));
+	}
 }
 
 TEST(xylMath, BarycentricWeightsOfTheCorners) {

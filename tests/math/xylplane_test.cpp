@@ -116,8 +116,11 @@ TEST(xylPlane, SideTestsAgreeWithThePlainStepsAndDoubles) {
 		const xylVec3 a = samples.awkward(10);
 		const xylVec3 b = samples.awkward(10);
 		const xylVec3 c = samples.awkward(10);
-		const xylVec3 p =
-			samples.one_in(4) ? a + (b - a) * samples.between(-1, 2) : samples.awkward(10);
+		const xylVec3 ends[4] = {a, b, c, a};
+		const unsigned edge = samples.below(3);
+		const xylVec3 p = samples.one_in(4)
+		                      ? ends[edge] + (ends[edge + 1] - ends[edge]) * samples.between(-1, 2)
+		                      : samples.awkward(10);
 		const float eps = samples.between(0, 1);
 		const auto pa = to_plain<float>(a), pb = to_plain<float>(b), pc = to_plain<float>(c),
 				   pp = to_plain<float>(p);

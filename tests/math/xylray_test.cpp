@@ -1,7 +1,6 @@
 #include "plain_queries.h"
 #include "samples.h"
-
-#include <morvantis/math/xylray.h>
+#include "shapes.h"
 
 namespace {
 
@@ -21,22 +20,6 @@ xylObject_bounds_cache cache_of(const xylVec3& min, const xylVec3& max) {
 	xylObject_bounds_cache cache{};
 	cache.update(box, xylMatrix_frame::identity());
 	return cache;
-}
-
-// The square from -1 to 1 in Y and Z at x = 5, its front towards the origin.
-zubQuad_data square(unsigned int flags = 0) {
-	return {{{5, -1, -1}, {5, 1, -1}, {5, 1, 1}, {5, -1, 1}},
-	        {-1, 0, 0},
-	        {{0, 0, 1}, {0, -1, 0}, {0, 0, -1}, {0, 1, 0}},
-	        flags};
-}
-
-// The square from 4 to 6 in X and -1 to 1 in Y at z = 0: a ray along X runs in its plane.
-zubQuad_data floor_square() {
-	return {{{4, -1, 0}, {6, -1, 0}, {6, 1, 0}, {4, 1, 0}},
-	        {0, 0, 1},
-	        {{0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {1, 0, 0}},
-	        0};
 }
 
 template <typename T> plain::Ray<T> to_plain(const xylRay& ray) {

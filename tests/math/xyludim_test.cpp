@@ -64,6 +64,23 @@ TEST(xylUDim, DivisionByNumberMultipliesByTheReciprocal) {
 	EXPECT_TRUE(is_pair(v / xylUDim(3, 3), {5 * (1 / 3.0f), 5 * (1 / 3.0f)},
 	                    {5 * (1 / 3.0f), 5 * (1 / 3.0f)}));
 	EXPECT_TRUE(is_pair(v / xylUVec2({3, 3}, {3, 3}), {5 / 3.0f, 5 / 3.0f}, {5 / 3.0f, 5 / 3.0f}));
+	// The compound forms divide.
+	xylUDim dim(5, 5);
+	EXPECT_TRUE(is_dim(dim /= xylUDim(3, 3), 5 / 3.0f, 5 / 3.0f));
+	xylUVec2 pair = v;
+	EXPECT_TRUE(is_pair(pair /= xylUDim(3, 3), {5 / 3.0f, 5 / 3.0f}, {5 / 3.0f, 5 / 3.0f}));
+	pair = v;
+	EXPECT_TRUE(
+		is_pair(pair /= xylUVec2({3, 3}, {3, 3}), {5 / 3.0f, 5 / 3.0f}, {5 / 3.0f, 5 / 3.0f}));
+}
+
+TEST(xylUDim, RelativeSizeDividesTheOffsetAlone) {
+	ASSERT_NE(5.0f / 3.0f, 5.0f * (1.0f / 3.0f));
+	EXPECT_EQ(xylUDim(0, 5).asRelative(3), 5 / 3.0f);
+	EXPECT_EQ(xylUDim(2, 5).asRelative(-4), 0.75f);
+	EXPECT_EQ(xylUDim(2, 5).asAbsolute(-4), -3.0f);
+	// Smaller than any normal number is not 0.
+	EXPECT_EQ(xylUDim(2, 0).asRelative(1e-45f), 2.0f);
 }
 
 TEST(xylUDim, ComparesExactlyAndNanWithAnything) {
