@@ -38,10 +38,7 @@ struct MORVANTIS_API xylVec3 {
 
 	xylVec3& operator+=(const xylVec3& other) { return change(_mm_add_ps(lanes(), other.lanes())); }
 	xylVec3& operator-=(const xylVec3& other) { return change(_mm_sub_ps(lanes(), other.lanes())); }
-	xylVec3& operator*=(float scale) {
-		_mm_store_ps(&x, _mm_mul_ps(lanes(), _mm_set_ps(1, scale, scale, scale)));
-		return *this;
-	}
+	xylVec3& operator*=(float scale) { return change(_mm_mul_ps(lanes(), _mm_set1_ps(scale))); }
 	// Multiplies by the one reciprocal 1/divisor, so the last digit may differ from a division. A
 	// divisor of 0 is not tested: infinities, and NaN where a component is 0.
 	xylVec3& operator/=(const float& divisor) { return *this *= 1.0f / divisor; }
@@ -75,7 +72,8 @@ struct MORVANTIS_API xylVec3 {
 	// relative error below 4e-7, last digits that differ between processors.
 	//
 	// No fallback: the zero vector stays zero, and a vector shorter than 1.1e-19 is multiplied by
-	// 9.2e18. A squared length that is infinite or NaN makes all three NaN.
+	// 9.2e18. A squared length that is infinite or NaN makes all three NaN. The fourth float is
+	// multiplied by 1, which makes a signalling NaN quiet.
 	void fast_normalize() { _mm_store_ps(&x, xyl_lanes::fast_normalized(lanes())); }
 
 	// False if x, y or z is NaN.

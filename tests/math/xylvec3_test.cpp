@@ -56,6 +56,30 @@ TEST(xylVec3, DivisionMultipliesByTheOneReciprocal) {
 	EXPECT_TRUE(is_vector(zero, infinity, -infinity, not_a_number, 5));
 }
 
+TEST(xylVec3, CompoundFormsKeepEveryBitOfTheFourth) {
+	for (const unsigned bits : {1u, 0x807FFFFFu, 0x7F800001u, 0xFFFFFFFFu}) {
+		SCOPED_TRACE(bits);
+		xylVec3 v(1, 2, 3);
+		std::memcpy(&v.w, &bits, sizeof(bits));
+		v += xylVec3(1, 1, 1);
+		v -= xylVec3(2, 2, 2);
+		v *= 3;
+		v /= 5;
+		unsigned left;
+		std::memcpy(&left, &v.w, sizeof(left));
+		EXPECT_EQ(left, bits);
+	}
+}
+
+TEST(xylVec3, DividesByItsOwnComponents) {
+	for (float xylVec3::* divisor : {&xylVec3::x, &xylVec3::y, &xylVec3::z}) {
+		xylVec3 v(4, 2, 8, 5);
+		const float k = 1 / (v.*divisor);
+		v /= v.*divisor;
+		EXPECT_TRUE(is_vector(v, 4 * k, 2 * k, 8 * k, 5));
+	}
+}
+
 TEST(xylVec3, ComparisonIgnoresTheFourth) {
 	EXPECT_TRUE(xylVec3(1, 2, 3, 4) == xylVec3(1, 2, 3, not_a_number));
 	EXPECT_FALSE(xylVec3(1, 2, 3, 4) != xylVec3(1, 2, 3, 5));
