@@ -226,7 +226,8 @@ TEST(Bad_input, QueriesAndRotationsFollowThePlainSteps) {
 		                      plain::rotation_between(p[0], p[1])));
 		const auto center = xylMatrix_frame::center_frame_of_two_points(v[0], v[1], v[2]);
 		const auto pcenter = plain::center_frame(p[0], p[1], p[2]);
-		ASSERT_TRUE(same_bits(center.f, pcenter.f) && same_bits(center.u, pcenter.u));
+		ASSERT_TRUE(same_bits(center.s, pcenter.s) && same_bits(center.f, pcenter.f) &&
+		            same_bits(center.u, pcenter.u) && same_bits(center.origin, pcenter.origin));
 		ASSERT_TRUE(same_bits(xylQuaternion::find_shortest_arc_as_quat(v[0], v[1]),
 		                      plain::shortest_arc(p[0], p[1])));
 		const xylQuaternion q(v[0].x, v[1].x, v[2].x, v[3].x);
@@ -272,6 +273,23 @@ TEST(Bad_input, RotationsAndFramesFallBackAsTold) {
 	frame.f = {not_a_number, 0, 0};
 	frame.orthonormalize();
 	for (const xylVec3& row : {frame.s, frame.f, frame.u}) EXPECT_FALSE(row.is_not_nan());
+
+	const xylVec3 up(0, 0, 1);
+	frame = xylMatrix_frame::center_frame_of_two_points({not_a_number, 0, 0}, {1, 2, 3}, up);
+	EXPECT_TRUE(is_vector(frame.s, 0, 1, 0, 0) && is_vector(frame.f, -1, 0, 0, 0));
+	EXPECT_TRUE(is_vector(frame.u, 0, 0, 1, 0) &&
+	            is_vector(frame.origin, not_a_number, 1, 1.5f, 1));
+	frame = xylMatrix_frame::center_frame_of_two_points({0, 0, 0}, {1, 0, 0}, {0, 0, not_a_number});
+	EXPECT_TRUE(is_vector(frame.s, 1, 0, 0, 0) && is_vector(frame.f, 0, 1, 0, 0));
+	frame = xylMatrix_frame::center_frame_of_two_points({0, 0, 0}, {1e20f, 0, 0}, up);
+	EXPECT_TRUE(is_vector(frame.s, 0, 0, 0, 0) && is_vector(frame.f, 0, 1, 0, 0));
+	EXPECT_TRUE(is_vector(frame.u, 0, 0, 0, 0));
+	frame = xylMatrix_frame::center_frame_of_two_points({0, 0, 0}, {infinity, 0, 0}, up);
+	EXPECT_TRUE(is_vector(frame.s, not_a_number, 0, 0, 0) && is_vector(frame.f, 0, 1, 0, 0));
+
+	EXPECT_EQ(xylQuaternion::find_shortest_arc_as_quat({infinity, 0, 0}, {1, 0, 0}).w, infinity);
+	q = xylQuaternion::find_shortest_arc_as_quat({0, not_a_number, 1}, {1, 0, 0});
+	EXPECT_TRUE(q.w == 0 && std::isnan(q.x) && std::isnan(q.y) && std::isnan(q.z));
 
 	frame = xylMatrix_frame::identity();
 	EXPECT_EQ(xylMatrix_frame::get_random_frame_with_distance(frame, 0).origin, xylVec3(0, 0, 0));
