@@ -75,6 +75,7 @@ xylQuaternion xylQuaternion::quaternion_look_at(const xylVec3& dir) {
 	const float yaw = std::atan2(-dir.x, dir.y);
 	const float horizontal = xyl_lanes::square_root(1.0f - dir.z * dir.z);
 	const float p = std::atan2(-horizontal, dir.z);
+	// kept: p is at most 0, so that the way with three quarters of a turn is never taken.
 	const float pitch = p > half_pi_float ? p - three_quarters_turn_float : p + half_pi_float;
 	const float sin_yaw = std::sin(yaw * 0.5f);
 	const float cos_yaw = std::cos(yaw * 0.5f);

@@ -141,6 +141,76 @@ TEST(xylBuffer_math, TransformEndsWithOne) {
 	EXPECT_EQ(buffer.get_length(), 32u);
 }
 
+// Words that floating-point arithmetic would change: signalling NaN, subnormal numbers, -0.
+constexpr unsigned words[16] = {0x7F800001, 0x80000000, 1, 0xFF812345, 0x80000001, 0x7FFFFFFF};
+
+template <typename Value> Value value_of_words() {
+	Value value;
+	std::memcpy(static_cast<void*>(&value), words, sizeof(value));
+	return value;
+}
+
+struct Record {
+	const char* name;
+	xylUInt64 size;
+	xylUInt64 ones_at; // a word that is stored as 1.0f; past the end if there is none
+	void (*write)(xylBuffer&);
+	void (*read)(xylBuffer&, void* aligned);
+	bool is_for_any_place; // reads to any address
+};
+
+const Record records[] = {
+	{"vec2", 8, 8, [](xylBuffer& b) { b.write_vec2(value_of_words<xylVec2>()); },
+     [](xylBuffer& b, void* out) { b.read_vec2(static_cast<xylVec2*>(out)); }, false},
+	{"vec2 of integers", 8, 8, [](xylBuffer& b) { b.write_vec2(value_of_words<xylInt_vec2>()); },
+     [](xylBuffer& b, void* out) { b.read_vec2(out); }, true},
+	{"vec3", 16, 3, [](xylBuffer& b) { b.write_vec3(value_of_words<xylVec3>()); },
+     [](xylBuffer& b, void* out) { b.read_vec3(static_cast<xylVec3*>(out)); }, false},
+	{"vec3 anywhere", 16, 3, [](xylBuffer& b) { b.write_vec3(value_of_words<xylVec3>()); },
+     [](xylBuffer& b, void* out) { b.read_vec3(out); }, true},
+	{"vec4", 16, 16, [](xylBuffer& b) { b.write_vec4(value_of_words<xylVec3>()); },
+     [](xylBuffer& b, void* out) { b.read_vec4(static_cast<xylVec3*>(out)); }, false},
+	{"quaternion", 16, 16,
+     [](xylBuffer& b) { b.write_quaternion(value_of_words<xylQuaternion>()); },
+     [](xylBuffer& b, void* out) { b.read_quaternion(static_cast<xylQuaternion*>(out)); }, false},
+	{"frame", 64, 16, [](xylBuffer& b) { b.write_frame(value_of_words<xylMatrix_frame>()); },
+     [](xylBuffer& b, void* out) { b.read_frame(out); }, true},
+	{"transform", 32, 7, [](xylBuffer& b) { b.write_transform(value_of_words<xylTransform>()); },
+     [](xylBuffer& b, void* out) { b.read_transform(static_cast<xylTransform*>(out)); }, false},
+};
+
+TEST(xylBuffer_math, RecordsKeepEveryBitOfTheirWords) {
+	for (const Record& record : records) {
+		SCOPED_TRACE(record.name);
+		unsigned expected[17];
+		std::memcpy(expected, words, sizeof(words));
+		if (record.ones_at < 16) expected[record.ones_at] = 0x3F800000;
+		xylBuffer buffer;
+		record.write(buffer);
+		ASSERT_EQ(buffer.get_length(), record.size);
+		EXPECT_EQ(std::memcmp(buffer.data, expected, record.size), 0);
+		buffer.rewind();
+		alignas(16) unsigned char seen[80] = {};
+		record.read(buffer, seen);
+		EXPECT_EQ(std::memcmp(seen, expected, record.size), 0);
+		EXPECT_EQ(seen[record.size], 0);
+		EXPECT_EQ(buffer.get_length(), record.size);
+		if (!record.is_for_any_place) continue;
+		buffer.rewind();
+		record.read(buffer, seen + 1);
+		EXPECT_EQ(std::memcmp(seen + 1, expected, record.size), 0);
+	}
+}
+
+TEST(xylBuffer_math, RecordsAskForTheirRoomAtOnce) {
+	for (const Record& record : records) {
+		SCOPED_TRACE(record.name);
+		xylBuffer buffer;
+		record.write(buffer);
+		EXPECT_EQ(buffer.capacity, record.size); // in pieces it would be a fifth more
+	}
+}
+
 TEST(xylPlane, StoresOneAsFourthFloats) {
 	xylBuffer buffer;
 	plane.write_data(buffer);
@@ -228,6 +298,32 @@ TEST(xylVec3, ReadingStopsAtAControlByte) {
 	xylVec3 seen{};
 	seen.read(buffer); // atof() takes no byte 1, and the cursor can't leave it
 	EXPECT_EQ(seen, xylVec3(0, 0, 0));
+}
+
+// What atof() takes, narrowed: the last but one is just above the middle of two floats, and its
+// nearest double is the middle itself.
+TEST(xylVec3, ReadsNumbersInAnyForm) {
+	xylBuffer buffer = tokens("\0"
+	                          "-2.5e-1\0"
+	                          "12abc\0"
+	                          "\xE9\0"
+	                          "1.000000059604644775390625000000001\0"
+	                          "0x10\0"
+	                          "-inf\0"s);
+	xylVec3 seen{};
+	seen.read(buffer);
+	EXPECT_EQ(seen, xylVec3(-0.25f, 12, 0));
+	seen.read(buffer);
+	EXPECT_EQ(seen, xylVec3(1, 16, -std::numeric_limits<float>::infinity()));
+}
+
+// A line feed ends the token under the cursor and is white space to atof().
+TEST(xylVec3, ReadsTheSameNumberBehindALineFeedAgainAndAgain) {
+	xylBuffer buffer = tokens("9\n5\0"
+	                          "6\0"s);
+	xylVec3 seen{};
+	seen.read(buffer);
+	EXPECT_EQ(seen, xylVec3(5, 5, 5));
 }
 
 TEST(xylQuaternion, ReadsItsScalarLast) {

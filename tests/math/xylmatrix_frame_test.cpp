@@ -17,6 +17,30 @@ TEST(xylMat3, RotationOfNearlyEqualVectorsIsTheIdentity) {
 	}
 }
 
+TEST(xylMat3, RotationIsNoIdentityAtItsBorder) {
+	const float border = 0.01f;
+	unsigned bits;
+	std::memcpy(&bits, &border, sizeof(bits));
+	ASSERT_EQ(bits, 0x3C23D70Au);
+	const auto is_identity = [](const xylVec3& a, const xylVec3& b) {
+		const xylMat3 m = xylMat3::create_rotation_matrix_from_two_vector(a, b);
+		return m.s == xylVec3(1, 0, 0) && m.f == xylVec3(0, 1, 0) && m.u == xylVec3(0, 0, 1);
+	};
+	const xylVec3 b(0.004f, 0.005f, 0.006f);
+	for (float xylVec3::* component : {&xylVec3::x, &xylVec3::y, &xylVec3::z}) {
+		xylVec3 a = b, zero = b;
+		zero.*component = 0;
+		for (const float sign : {1.0f, -1.0f}) {
+			a.*component = sign * border;
+			EXPECT_FALSE(is_identity(a, zero));
+			EXPECT_FALSE(is_identity(zero, a));
+			a.*component = sign * std::nextafter(border, 0.0f);
+			EXPECT_TRUE(is_identity(a, zero));
+			EXPECT_TRUE(is_identity(zero, a));
+		}
+	}
+}
+
 TEST(xylMat3, RotationOfOppositeVectorsIsNotANumber) {
 	const xylMat3 m = xylMat3::create_rotation_matrix_from_two_vector({1, 0, 0}, {-1, 0, 0});
 	EXPECT_FALSE(m.is_not_nan());
@@ -191,6 +215,27 @@ TEST(xylMatrix_frame, CenterFrameTestsUpAsPassed) {
 	EXPECT_NEAR(kept.f.y, 1, 1e-6);
 	const xylMatrix_frame negative = xylMatrix_frame::center_frame_of_two_points(a, b, {0, 0, -10});
 	EXPECT_NEAR(negative.f.y, 0, 1e-6);
+}
+
+TEST(xylMatrix_frame, CenterFrameKeepsUpAtTheThreshold) {
+	const float threshold = 0.95f;
+	for (const float sign : {1.0f, -1.0f}) {
+		SCOPED_TRACE(sign);
+		const auto frame_with = [sign](float along) {
+			return xylMatrix_frame::center_frame_of_two_points({0, 0, 0}, {1, 0, 0},
+			                                                   {sign * along, 0, 1});
+		};
+		const xylMatrix_frame at = frame_with(threshold);
+		EXPECT_TRUE(is_vector(at.f, 0, 1, 0, 0)); // (±0.95, 0, 1) × (1, 0, 0)
+		const xylMatrix_frame above = frame_with(std::nextafter(threshold, 1.0f));
+		EXPECT_TRUE(is_vector(above.f, 0, 0, -1, 0)); // (0, 1, 0) × (1, 0, 0)
+	}
+}
+
+TEST(xylMatrix_frame, CenterFrameAddsBeforeItHalves) {
+	const xylMatrix_frame m =
+		xylMatrix_frame::center_frame_of_two_points({3e38f, -3e38f, 1}, {2e38f, -2e38f, 2});
+	EXPECT_TRUE(is_vector(m.origin, infinity, -infinity, 1.5f, 1));
 }
 
 TEST(xylMatrix_frame, CenterFrameAgreesWithThePlainStepsAndDoubles) {

@@ -133,11 +133,14 @@ TEST(xylQuaternion, AngleBetween) {
 }
 
 TEST(xylQuaternion, AngleBetweenTakesTheDotInDouble) {
-	// In float the dot product of these two rounds to 1.
-	const xylQuaternion a(1, 0, 0, 0);
-	const xylQuaternion b(0x1.fffffep-1f, 0, 0, 0);
-	ASSERT_EQ(b.w + 0x1p-25f, 1.0f);
-	EXPECT_NEAR(xylQuaternion::angle_between(a, b), 2 * std::acos(double(b.w)), 1e-9);
+	// (1 - 2^-24) + (2^-24 - 2^-50), of which the last product rounds to 2^-24 in float, and the
+	// sum to 1.
+	const xylQuaternion a(1, 1 - 0x1p-13f, 0, 0);
+	const xylQuaternion b(1 - 0x1p-24f, 0x1p-24f * (1 + 0x1p-13f), 0, 0);
+	ASSERT_EQ(a.w * b.w + a.x * b.x, 1.0f);
+	const double expected = 2 * std::acos(1 - 0x1p-50); // 8.4e-8
+	EXPECT_NEAR(xylQuaternion::angle_between(a, b), expected, 1e-12);
+	EXPECT_NEAR(xylQuaternion::angle_between(a, {-b.w, -b.x, 0, 0}), expected, 1e-12);
 }
 
 TEST(xylQuaternion, AxisAndAngle) {
@@ -158,6 +161,20 @@ TEST(xylQuaternion, AxisAndAngle) {
 	EXPECT_TRUE(is_near(axis, {0, -1, 0}, 1e-6f));
 	EXPECT_EQ(axis.w, marker);
 	EXPECT_NEAR(angle, pi / 2, 1e-6);
+}
+
+TEST(xylQuaternion, AngleMayReplaceAComponentOfTheQuaternion) {
+	const xylQuaternion q(0.5f, 0.1f, -0.7f, 0.5f);
+	xylVec3 expected_axis, axis;
+	float expected_angle;
+	xylQuaternion::axis_angle_from_quaternion(expected_axis, expected_angle, q);
+	for (float xylQuaternion::* component :
+	     {&xylQuaternion::w, &xylQuaternion::x, &xylQuaternion::y, &xylQuaternion::z}) {
+		xylQuaternion same = q;
+		xylQuaternion::axis_angle_from_quaternion(axis, same.*component, same);
+		EXPECT_EQ(axis, expected_axis);
+		EXPECT_EQ(same.*component, expected_angle);
+	}
 }
 
 TEST(xylQuaternion, FromAxisAndAngleTakesTheAxisAsGiven) {
@@ -228,6 +245,22 @@ TEST(xylQuaternion, ShortestArcOfOppositeVectorsIsAHalfTurn) {
 	EXPECT_LT(xylQuaternion::find_shortest_arc_as_quat({0, 0.6f, -0.8f}, {0, -0.6f, 0.8f}).y, 0.0f);
 }
 
+TEST(xylQuaternion, ShortestArcIsNoHalfTurnAtItsBorder) {
+	const float border = -0.99f;
+	const float side = std::sqrt(1 - border * border);
+	const xylVec3 a(1, 0, 0);
+	const xylQuaternion at = xylQuaternion::find_shortest_arc_as_quat(a, {border, side, 0});
+	EXPECT_EQ(at.w, std::sqrt(2 * border + 2) * 0.5f);
+	EXPECT_GT(at.z, 0.99f);
+	const xylQuaternion below =
+		xylQuaternion::find_shortest_arc_as_quat(a, {std::nextafter(border, -1.0f), side, 0});
+	EXPECT_EQ(below.w, 0.0f);
+	EXPECT_NEAR(below.y, -1, 1e-6); // (a.y, -a.x, 0)
+	const xylQuaternion lost = xylQuaternion::find_shortest_arc_as_quat(a, {not_a_number, 0, 0});
+	EXPECT_EQ(lost.w, 0.0f);
+	EXPECT_NEAR(lost.y, -1, 1e-6);
+}
+
 TEST(xylQuaternion, ArcsTakeOneVectorToTheOther) {
 	Samples samples(16);
 	for (int i = 0; i < sample_count; ++i) {
@@ -262,6 +295,13 @@ TEST(xylQuaternion, TwoVectorsOppositeGiveZero) {
 	// And (1 + 0, (0, 0, 4)) is no rotation of 90 degrees.
 	EXPECT_NEAR(xylQuaternion::quaternion_from_two_vectors({2, 0, 0}, {0, 2, 0}).z,
 	            4 / std::sqrt(17.0), 1e-6);
+}
+
+TEST(xylQuaternion, TwoVectorsAddTheSmallestNormalNumber) {
+	// The squared length is 1e-38, to which 1.18e-38 is added.
+	const xylQuaternion q = xylQuaternion::quaternion_from_two_vectors({1, 0, 0}, {-1, 1e-19f, 0});
+	EXPECT_EQ(q.w, 0.0f);
+	EXPECT_NEAR(q.z, 1e-19 / std::sqrt(1e-38 + 1.1754944e-38), 1e-6);
 }
 
 TEST(xylQuaternion, LookAtTakesForwardToTheDirection) {

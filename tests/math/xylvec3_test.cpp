@@ -2,6 +2,7 @@
 
 #include <morvantis/math/xylvec3d.h>
 
+#include <iomanip>
 #include <limits>
 #include <sstream>
 
@@ -138,6 +139,29 @@ TEST(xylVec3, NormalizeComparesTheSquareWithItsBorderStrictly) {
 	EXPECT_GT(above, 100);
 }
 
+TEST(xylVec3, NormalizeFallsBackForASquareThatIsTheBorder) {
+	const float border = 1e-7f;
+	unsigned bits;
+	std::memcpy(&bits, &border, sizeof(bits));
+	ASSERT_EQ(bits, 0x33D6BF95u);
+	int exact = 0;
+	for (float x = 0.0002f; x < 0.00020001f; x = std::nextafter(x, 1.0f)) {
+		const float y = std::sqrt(border - x * x);
+		if (x * x + y * y != border) continue;
+		++exact;
+		xylVec3 v(x, y, 0, 5);
+		ASSERT_EQ(v.normalize(), 0.0f);
+		ASSERT_TRUE(is_vector(v, 0, 1, 0, 5));
+	}
+	EXPECT_GT(exact, 0);
+}
+
+TEST(xylVec3, NormalizeOfWhatIsTooLongLosesTheDirection) {
+	xylVec3 v(3e19f, infinity, -1, 5);
+	EXPECT_EQ(v.normalize(), infinity);
+	EXPECT_TRUE(is_vector(v, 0, not_a_number, 0, 5));
+}
+
 TEST(xylVec3, FastNormalizeLeavesZeroAlone) {
 	xylVec3 zero(0, 0, 0, 5);
 	zero.fast_normalize();
@@ -206,6 +230,12 @@ TEST(xylVec3, PrintsThreeNumbers) {
 	EXPECT_EQ(text.str(), "(1.5, -2, 1e+10)");
 }
 
+TEST(xylVec3, PrintsWithTheFormattingOfTheStream) {
+	std::ostringstream text;
+	text << std::fixed << std::setprecision(2) << xylVec3(1.5f, -2, 1000, 7) << '|';
+	EXPECT_EQ(text.str(), "(1.50, -2.00, 1000.00)|");
+}
+
 TEST(xylVec3, PerpendicularAxesStandOnTheWay) {
 	xylVec3 dir, axis1, axis2;
 	xylVec3::perpendicular_axes_in_cartesian_space({1, 0, 0}, {1, 4, 0}, dir, axis1, axis2);
@@ -236,6 +266,25 @@ TEST(xylVec3, PerpendicularAxesChangeReferenceAboveThreshold) {
 		                                               axis1, axis2);
 		EXPECT_NEAR(axis2.y, 0, 1e-6); // (0, 1, 0) × dir
 		EXPECT_NEAR(axis2.x, sign * 0.951f, 1e-6);
+	}
+}
+
+// The processor decides which ways end at the threshold itself: some of many neighbours do.
+TEST(xylVec3, PerpendicularAxesKeepReferenceAtTheThreshold) {
+	const float threshold = 0.95f;
+	const float above = std::nextafter(threshold, 1.0f);
+	for (const float z : {threshold, above, -threshold, -above}) {
+		SCOPED_TRACE(z);
+		int found = 0;
+		for (float x = 0.3122f; x < 0.31229f; x = std::nextafter(x, 1.0f)) {
+			xylVec3 dir, axis1, axis2;
+			xylVec3::perpendicular_axes_in_cartesian_space({0, 0, 0}, {x, 0, z}, dir, axis1, axis2);
+			if (dir.z != z) continue;
+			++found;
+			const bool is_kept = axis2.x == 0; // (0, 0, 1) × dir is along Y
+			ASSERT_EQ(is_kept, std::abs(z) == threshold);
+		}
+		EXPECT_GT(found, 0);
 	}
 }
 
