@@ -33,21 +33,29 @@ workflow() {
   cmake --workflow --preset "$1"
 }
 
-# Every target starts from its corpus and searches for its share of the time. What it finds is kept
+# One target starts from its corpus and searches for its share of the time. What it finds is kept
 # outside the tree; a crash leaves its input in build/logs.
+fuzz_target() {
+  local name
+  name=$(basename "$1")
+  mkdir -p "build/fuzz/$name"
+  UBSAN_OPTIONS=print_stacktrace=1 "$1" -max_total_time="$seconds_each" -print_final_stats=1 \
+    -timeout=10 -artifact_prefix="$logs/$name-" "build/fuzz/$name" "fuzz/corpus/$name" \
+    >"$logs/$name.log" 2>&1 && return
+  tail -n 100 "$logs/$name.log"
+  return 1
+}
+
+# All targets, two at a time.
 fuzz() {
-  local programs=() program name
+  local programs=() program
   for program in build/linux-asan/bin/fuzz/*_fuzz; do
     if [ -x "$program" ]; then programs+=("$program"); fi
   done
   if [ ${#programs[@]} -eq 0 ]; then echo "no fuzz targets"; return 1; fi
-  for program in "${programs[@]}"; do
-    name=$(basename "$program")
-    mkdir -p "build/fuzz/$name"
-    UBSAN_OPTIONS=print_stacktrace=1 "$program" -max_total_time=$((fuzz_seconds / ${#programs[@]})) \
-      -print_final_stats=1 -timeout=10 -artifact_prefix="$logs/$name-" \
-      "build/fuzz/$name" "fuzz/corpus/$name" || return 1
-  done
+  export logs seconds_each=$((fuzz_seconds / ${#programs[@]}))
+  export -f fuzz_target
+  printf '%s\n' "${programs[@]}" | xargs -P2 -I{} bash -c 'fuzz_target {}'
 }
 
 stage bootstrap scripts/bootstrap.sh test || exit 1

@@ -59,7 +59,7 @@ class Elf_image : public Image_builder {
 public:
 	static constexpr xylUInt64 table = 0x40, notes = 0x200;
 
-	explicit Elf_image(xylUInt64 base = 0) : base_(base) {
+	explicit Elf_image(xylUInt64 base = 0) {
 		put_bytes(0,
 		          "\x7F"
 		          "ELF\2\1\1",
@@ -87,7 +87,4 @@ public:
 		put_bytes(behind, content.data(), content.size());
 		return place + padded(behind - place + content.size());
 	}
-
-private:
-	xylUInt64 base_;
 };

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 bool is_dim(const xylUDim& dim, float scale, float offset) {
 	return dim.scale == scale && dim.offset == offset;
@@ -89,9 +89,9 @@ TEST(xylUDim, ComparesExactlyAndNanWithAnything) {
 	EXPECT_TRUE(xylUDim(1, 2) != xylUDim(0, 2));
 	EXPECT_TRUE(xylUDim(2, 2) != xylUDim(3, 2));
 	EXPECT_TRUE(xylUDim(1, 3) != xylUDim(1, 2));
-	EXPECT_TRUE(xylUDim(nan, 2) == xylUDim(5, 2));
-	EXPECT_TRUE(xylUDim(1, 2) == xylUDim(1, nan));
-	EXPECT_FALSE(xylUDim(nan, 2) == xylUDim(5, 3));
+	EXPECT_TRUE(xylUDim(not_a_number, 2) == xylUDim(5, 2));
+	EXPECT_TRUE(xylUDim(1, 2) == xylUDim(1, not_a_number));
+	EXPECT_FALSE(xylUDim(not_a_number, 2) == xylUDim(5, 3));
 }
 
 TEST(xylUVec2, IsMadeFromScalesOrParts) {
@@ -123,7 +123,7 @@ TEST(xylUVec2, WorksAxisByAxis) {
 	EXPECT_TRUE(a != b);
 	EXPECT_TRUE(a != xylUVec2({3, 12}, {6, 9}));
 	EXPECT_TRUE(a != xylUVec2({4, 12}, {6, 8}));
-	EXPECT_TRUE(a == xylUVec2({nan, 12}, {6, nan}));
+	EXPECT_TRUE(a == xylUVec2({not_a_number, 12}, {6, not_a_number}));
 }
 
 TEST(xylUVec2, SingleDimensionGoesToBothAxes) {
