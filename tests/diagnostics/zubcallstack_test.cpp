@@ -2,6 +2,7 @@
 // scripted_callstack_test.cpp.
 
 #include "expected_leaks.h"
+#include "start_line.h"
 
 #include <morvantis/diagnostics/zubcallstack.h>
 #include <morvantis/diagnostics/zubcallstack_helpers.h>
@@ -11,7 +12,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <latch>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -89,7 +89,7 @@ TEST_F(Real_callstack_test, ResolvesOnSeveralThreadsWaitForEachOther) {
 	ASSERT_TRUE(zubCallstack_helpers::enumerate_modules(nullptr));
 	constexpr int thread_count = 8;
 	zubCallstack stacks[thread_count];
-	std::latch start(thread_count);
+	Start_line start(thread_count);
 	std::vector<std::thread> threads;
 	for (zubCallstack& stack : stacks) {
 		threads.emplace_back([&] {

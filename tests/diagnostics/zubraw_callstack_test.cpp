@@ -4,13 +4,13 @@
 #include <morvantis/diagnostics/zubraw_callstack.h>
 
 #include "processor_context.h"
+#include "start_line.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
-#include <latch>
 #include <mutex> // lock_guard
 #include <string>
 #include <thread>
@@ -276,7 +276,7 @@ TEST_F(Raw_callstack_test, TellsEveryDepth) {
 
 TEST_F(Raw_callstack_test, CapturesOnSeveralThreadsAtOnce) {
 	constexpr int thread_count = 4;
-	std::latch start(thread_count);
+	Start_line start(thread_count);
 	std::vector<std::thread> threads;
 	for (int number = 0; number < thread_count; ++number) {
 		threads.emplace_back([&start, number] {

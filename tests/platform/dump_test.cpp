@@ -1,4 +1,5 @@
 // The guard around a raised exception and the file of a dump, alike on every system.
+#include "start_line.h"
 #include "temporary_folder.h"
 
 #include <morvantis/platform/system/dump.h>
@@ -6,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <thread>
 #include <vector>
 
@@ -56,7 +56,7 @@ TEST(Dump_guard, WithoutAnExceptionNothingIsFiltered) {
 TEST(Dump_guard, ThreadsEachGetTheirOwn) {
 	constexpr int thread_count = 6, times = 20;
 	Filtered filtered[thread_count];
-	std::latch start(thread_count);
+	Start_line start(thread_count);
 	std::vector<std::thread> threads;
 	for (Filtered& own : filtered) {
 		threads.emplace_back([&] {
