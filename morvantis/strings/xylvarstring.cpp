@@ -7,12 +7,14 @@
 #include <morvantis/strings/copy_bytes.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdarg>
 #include <utility>
 
 namespace {
 
 constexpr int least_capacity = 16;
+constexpr unsigned long long largest_capacity = INT_MAX;
 constexpr int number_limit = 32; // bytes into which a number with decimals is formatted
 constexpr size_t format_limit = 512;
 
@@ -28,13 +30,15 @@ char* allocate_text(int capacity) {
 	return text;
 }
 
-// The capacity that follows `capacity` for a text of `wanted` bytes with its terminator.
+// The capacity that follows `capacity` for a text of `wanted` bytes with its terminator. Where an
+// int doesn't hold the double any more, which is between 1 and 2 GiB, it is the largest.
 int doubled_capacity(int capacity, unsigned int wanted) {
 	unsigned long long doubled = static_cast<unsigned int>(capacity);
 	do {
 		doubled *= 2;
 	} while (doubled <= wanted);
-	return static_cast<int>(doubled);
+	return static_cast<int>(wanted <= largest_capacity ? std::min(doubled, largest_capacity)
+	                                                   : doubled);
 }
 
 } // namespace

@@ -145,6 +145,18 @@ TEST(xylVarString, FirstReserveIsExactAndTheNextDoublesIt) {
 	EXPECT_EQ(text.capacity(), 202);
 }
 
+// What it takes beyond the text is never touched, so it costs addresses only.
+TEST(xylVarString, GrowthBeyondOneGibEndsAtTheLargestCapacity) {
+	Open_string text;
+	text = "abcdef";
+	text.ensure_length(0x3FFFFFFF);
+	EXPECT_EQ(text.capacity(), INT_MAX);
+	EXPECT_STREQ(text.char_p(), "abcdef");
+	EXPECT_TRUE(text.is_valid());
+	text.ensure_length(0x7FFFFFFE);
+	EXPECT_EQ(text.capacity(), INT_MAX) << "room enough";
+}
+
 TEST(xylVarString, GrowsByDoublingUntilLargerThanWanted) {
 	struct Case {
 		unsigned int length;
