@@ -1,5 +1,6 @@
 #include <morvantis/io/open_file.h>
 
+#include <morvantis/io/xylfile.h>
 #include <morvantis/io/xylnative_file.h> // the flags
 #include <morvantis/platform/system/file.h>
 #include <morvantis/platform/zubplatform.h>
@@ -47,4 +48,10 @@ bool close_handle(void*& handle) {
 	const bool is_closed = os::close_file(handle);
 	handle = os::no_file();
 	return is_closed;
+}
+
+xylUInt64 size_to_load(xylFile& file) {
+	constexpr xylUInt64 no_position = ~xylUInt64{0};
+	const xylUInt64 size = file.get_file_size();
+	return size == no_position ? 0 : size;
 }

@@ -17,13 +17,6 @@ bool open_stream_file(xylIO_Stream& stream, xylFile*& file_object, const char* n
 	return file_object->open(name, mode) == 0;
 }
 
-// 0 where there is no position, as in a pipe.
-unsigned int size_of_file(xylFile& file) {
-	constexpr xylUInt64 no_position = ~xylUInt64{0};
-	const xylUInt64 size = file.get_file_size();
-	return size == no_position ? 0 : static_cast<unsigned int>(size);
-}
-
 } // namespace
 
 void end_stream_file(xylFile*& file_object) {
@@ -36,8 +29,7 @@ void end_stream_file(xylFile*& file_object) {
 bool load_stream_file(const Input_file& file, const char* name, const char* mode) {
 	file.failed = !open_stream_file(file.stream, file.file_object, name, mode);
 	if (file.failed) return false;
-	const unsigned int size = size_of_file(*file.file_object);
-	if (size != 0) file.stream.buffer.read_file(file.file_object, size);
+	file.stream.buffer.read_file(file.file_object, 0); // all of it
 	end_stream_file(file.file_object);
 	return true;
 }

@@ -198,7 +198,7 @@ public:
 	// Writes the first `n` bytes of the block; the cursor stays.
 	bool write_handle_from_beginning(xylNative_file& file, unsigned int n);
 	// Makes room for the whole file and reads from where the file stands to the cursor, which
-	// stays.
+	// stays. What has no size, such as a pipe, counts as empty.
 	void read_file(xylFile* file);
 	// Writes the bytes from the start to the cursor.
 	void write_file(xylFile* file);

@@ -3,6 +3,7 @@
 #include <morvantis/io/xylbuffer.h>
 
 #include <morvantis/core/xylreport.h>
+#include <morvantis/io/open_file.h>
 #include <morvantis/io/resource_text.h>
 #include <morvantis/io/xylfile.h>
 #include <morvantis/io/xylnative_file.h>
@@ -45,7 +46,7 @@ bool xylBuffer::write_handle_from_beginning(xylNative_file& file, unsigned int n
 }
 
 void xylBuffer::read_file(xylFile* file) {
-	const xylUInt64 size = file->get_file_size();
+	const xylUInt64 size = size_to_load(*file);
 	ensure_length(size);
 	file->read(cursor, 1, size);
 }

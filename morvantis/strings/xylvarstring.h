@@ -297,7 +297,8 @@ public:
 	// --- Files, which must be open
 
 	// Replaces the text by at most `count` bytes from the file's position on; fewer where the file
-	// ends. 0 means as many as the whole file has, cut to 32 bits; if that is 0 the string stays as
+	// ends. 0 means as many as the whole file has; what has no size, such as a pipe, counts as
+	// empty. For no bytes, and for more than a text can have (2 GiB less two), the string stays as
 	// it is. The cursor stays.
 	//
 	// kept: the whole file's size, too, when part of it was read before: the read then just ends

@@ -60,6 +60,10 @@ template <typename Input> void loads_what_is_there() {
 	loads<Input>("0123456789", 0, "before");
 	// a pipe has no size
 	loads<Input>("0123456789", ~xylUInt64{0}, "before");
+	// more than a text can have
+	for (const xylUInt64 size : {0x7FFFFFFFull, 0x80000000ull, 0xC0000000ull, 0x100000005ull}) {
+		loads<Input>("0123456789", size, "before");
+	}
 }
 
 TEST_F(Scripted_stream_test, BinaryFileThatChangesIsLoadedAsFarAsItGoes) {

@@ -1,6 +1,7 @@
 // What tests of files ask of the system itself.
 #pragma once
 
+#include <cstdio>
 #include <string>
 
 // Handles that the process has open, of any kind.
@@ -8,6 +9,9 @@ int open_handle_count();
 
 // Has a file store only what is written to it, where the system doesn't do so by itself.
 void make_sparse(void* handle);
+
+// A stream of the run-time to read `text` from a pipe that ends behind it. The caller closes it.
+std::FILE* open_pipe(const std::string& text);
 
 // Both ends of a pipe whose reading end takes overlapped reads.
 class Overlapped_pipe {

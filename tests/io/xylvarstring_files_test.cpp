@@ -1,6 +1,9 @@
+#include "system_files.h"
 #include "temporary_folder.h"
 
+#include <morvantis/io/xylbuffer.h>
 #include <morvantis/io/xylfile.h>
+#include <morvantis/io/xylnative_file.h>
 #include <morvantis/strings/xylvarstring.h>
 
 #include <gtest/gtest.h>
@@ -66,6 +69,48 @@ TEST_F(VarString_files_test, EmptyFileLeavesTheStringAsItIs) {
 	xylVarString fresh;
 	fresh.read_file(&file, 0);
 	EXPECT_TRUE(fresh.is_buffer_null());
+}
+
+// Room for what the length can't tell isn't taken, and nothing is read without room.
+TEST_F(VarString_files_test, FilesLongerThanATextLeaveTheStringAsItIs) {
+	for (const xylUInt64 size : {0x7FFFFFFFull, 0x80000000ull, 0xFFFFFFFFull, 0x100000005ull}) {
+		SCOPED_TRACE(size);
+		const std::string path = folder_ / "sparse";
+		{
+			xylNative_file file(path.c_str(), xylFile_access_write, xylFile_flag_create_always);
+			make_sparse(file.handle);
+			file.set_pointer(size - 1, xylFile_from_start);
+			EXPECT_EQ(file.write("x", 1), 1u);
+		}
+		xylFile file(path.c_str(), "rb");
+		ASSERT_EQ(file.get_file_size(), size);
+		xylVarString string("before"), fresh;
+		string.read_file(&file, 0);
+		fresh.read_file(&file, 0);
+		string.read_file(&file, 0x7FFFFFFF);
+		string.read_file(&file, 0xFFFFFFFF);
+		EXPECT_EQ(text_of(string), "before");
+		EXPECT_TRUE(fresh.is_buffer_null());
+		EXPECT_EQ(file.tell(), 0u);
+	}
+}
+
+TEST_F(VarString_files_test, PipeHasNoSizeAndIsReadByCount) {
+	xylFile file;
+	file.file = open_pipe("0123456789");
+	ASSERT_NE(file.file, nullptr);
+	++xylFile::open_files_count_;
+	xylVarString string("before");
+	string.read_file(&file, 0);
+	EXPECT_EQ(text_of(string), "before");
+	xylBuffer buffer;
+	buffer.ensure_capacity(16);
+	buffer.data[0] = 'b';
+	buffer.read_file(&file);
+	EXPECT_EQ(buffer.data[0], 'b');
+	EXPECT_EQ(buffer.get_buffer_size(), 16u);
+	string.read_file(&file, 4);
+	EXPECT_EQ(text_of(string), "0123");
 }
 
 TEST_F(VarString_files_test, CursorStays) {

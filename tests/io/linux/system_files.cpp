@@ -23,6 +23,14 @@ int open_handle_count() {
 
 void make_sparse(void*) {}
 
+std::FILE* open_pipe(const std::string& text) {
+	int ends[2];
+	EXPECT_EQ(pipe(ends), 0);
+	EXPECT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+	close(ends[1]);
+	return fdopen(ends[0], "rb");
+}
+
 Overlapped_pipe::Overlapped_pipe() {
 	int ends[2];
 	EXPECT_EQ(pipe(ends), 0);

@@ -10,6 +10,9 @@
 #include <cstring>
 #include <vector>
 
+#include <fcntl.h> // _O_BINARY
+#include <io.h>
+
 // From the list of all handles of the system: Wine 8 answers 0 to GetProcessHandleCount().
 int open_handle_count() {
 	using Query = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
@@ -49,6 +52,15 @@ int open_handle_count() {
 void make_sparse(void* handle) {
 	DWORD count = 0;
 	DeviceIoControl(handle, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &count, nullptr);
+}
+
+std::FILE* open_pipe(const std::string& text) {
+	int ends[2];
+	EXPECT_EQ(_pipe(ends, 4096, _O_BINARY), 0);
+	const int size = static_cast<int>(text.size());
+	EXPECT_EQ(_write(ends[1], text.data(), static_cast<unsigned int>(size)), size);
+	_close(ends[1]);
+	return _fdopen(ends[0], "rb");
 }
 
 Overlapped_pipe::Overlapped_pipe() {
