@@ -10,11 +10,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <string>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace {
@@ -100,6 +102,55 @@ TEST(xylNative_file_linux, FullDiskShowsWhenTheStreamCloses) {
 	EXPECT_GE(file.puts("more"), 0);
 	EXPECT_FALSE(file.close());
 	EXPECT_FALSE(file.is_valid());
+}
+
+// Signals that end what waits, and at the fifth of them somebody opens the other end of a fifo.
+class Interrupted_fifo {
+public:
+	explicit Interrupted_fifo(const std::string& path) {
+		EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+		path_ = path.c_str();
+		ticks_ = 0;
+		struct sigaction action{};
+		action.sa_handler = tick;
+		sigaction(SIGALRM, &action, &before_);
+		const itimerval every_millisecond{{0, 1000}, {0, 1000}};
+		setitimer(ITIMER_REAL, &every_millisecond, nullptr);
+	}
+	~Interrupted_fifo() {
+		const itimerval never{};
+		setitimer(ITIMER_REAL, &never, nullptr);
+		sigaction(SIGALRM, &before_, nullptr);
+		if (ticks_ >= 5) close(other_end_);
+	}
+	Interrupted_fifo(const Interrupted_fifo&) = delete;
+	Interrupted_fifo& operator=(const Interrupted_fifo&) = delete;
+
+private:
+	static void tick(int) {
+		const int error = errno;
+		ticks_ = ticks_ + 1;
+		if (ticks_ == 5) other_end_ = ::open(path_, O_RDWR | O_NONBLOCK | O_CLOEXEC);
+		errno = error;
+	}
+	static inline const char* path_;
+	static inline volatile sig_atomic_t ticks_;
+	static inline volatile int other_end_;
+	struct sigaction before_;
+};
+
+TEST(xylNative_file_linux, SignalsDoNotEndAnOpenThatWaits) {
+	const Temporary_folder folder;
+	const std::string native = folder / "native";
+	{
+		const Interrupted_fifo fifo(native);
+		xylNative_file file(native.c_str(), xylFile_access_read, xylFile_flag_open_existing);
+		EXPECT_TRUE(file.is_valid());
+	}
+	const std::string buffered = folder / "buffered";
+	const Interrupted_fifo fifo(buffered);
+	xylFile file;
+	EXPECT_EQ(file.open(buffered.c_str(), "rb"), 0);
 }
 
 TEST(xylNative_file_async_linux, PendingOnAFifoAndFailedOnAClosedHandle) {

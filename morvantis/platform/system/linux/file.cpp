@@ -88,7 +88,11 @@ void* os::open_file(const char* path, const File_request& request) {
 		return no_file();
 	}
 	const int flags = access_flags(request) | creation[request.disposition] | O_CLOEXEC;
-	const int descriptor = open(path, flags, request.read_only ? 0444 : 0666);
+	const mode_t mode = request.read_only ? 0444 : 0666;
+	int descriptor = -1;
+	do { // opening may wait, as for the other end of a pipe, and a signal ends that
+		descriptor = open(path, flags, mode);
+	} while (descriptor < 0 && errno == EINTR);
 	if (descriptor < 0) return no_file();
 	if (!request.backup_semantics && is_folder(descriptor)) {
 		close(descriptor);
@@ -168,7 +172,10 @@ void os::give_up_overlapped_read(void*, void* overlapped) {
 }
 
 std::FILE* os::open_stream(const char* path, const char* mode) {
-	return without_folder(std::fopen(path, mode));
+	for (;;) {
+		std::FILE* const stream = std::fopen(path, mode);
+		if (stream || errno != EINTR) return without_folder(stream);
+	}
 }
 
 std::FILE* os::reopen_stream(const char* path, const char* mode, std::FILE* stream) {
