@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -17,6 +19,7 @@
 #include <sched.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -107,6 +110,99 @@ TEST(zubPlatform_linux, TracerIsADebugger) {
 	ASSERT_TRUE(WIFEXITED(status));
 	if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "tracing isn't allowed here";
 	EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+// No debugger attaches to a first thread that has ended, so the others count.
+TEST(zubPlatform_linux, TracerOfTheCallingThreadIsADebugger) {
+	const pid_t child = fork();
+	ASSERT_GE(child, 0);
+	if (child == 0) {
+		std::thread([] {
+			if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(2);
+			_exit(zubPlatform::is_debugger_present() ? 1 : 0);
+		}).join();
+	}
+	// Who traces a thread waits for it, too, and before its process.
+	int status = 0;
+	pid_t ended = 0;
+	while ((ended = waitpid(-1, &status, __WALL)) > 0 && ended != child) {
+	}
+	ASSERT_EQ(ended, child);
+	ASSERT_TRUE(WIFEXITED(status));
+	if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "tracing isn't allowed here";
+	EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+// The kernel's facts on a process begin with a name that is anybody's choice.
+TEST(zubPlatform_linux, NameOfAThreadIsNoDebugger) {
+	on_own_thread([] {
+		zubPlatform::set_thread_name(self(), xylVarString("TracerPid:1234"));
+		EXPECT_FALSE(zubPlatform::is_debugger_present());
+	});
+}
+
+// Ends the first thread of the process and goes on in a second one, whose result is the process's.
+[[noreturn]] void outlive_first_thread(int (*then)()) {
+	std::thread([then] {
+		// It stays listed, as a zombie, for as long as the process has other threads.
+		for (std::string state; state != "Z";) {
+			std::ifstream status("/proc/self/status");
+			for (std::string word; status >> word && word != "State:";) {
+			}
+			status >> state;
+		}
+		_exit(then());
+	}).detach();
+	syscall(SYS_exit, 0); // not by pthread_exit(), whose unwinding the test's frames would catch
+	std::abort();
+}
+
+TEST(zubPlatform_linux_death_test, AnswersOutliveTheFirstThread) {
+	GTEST_FLAG_SET(death_test_style, "threadsafe");
+	const auto count_wrong_answers = [] {
+		zubPlatform::set_thread_name(self(), xylVarString("second"));
+		char name[16]{};
+		pthread_getname_np(pthread_self(), name, sizeof(name));
+		int wrong = std::string(name) != "second";
+		wrong += zubPlatform::get_application_memory() == 0;
+		wrong += zubPlatform::get_application_commit_memory() == 0;
+		wrong += !zubPlatform::is_directory_exists(zubPlatform::get_executable_path());
+		wrong += zubPlatform::is_debugger_present();
+		return wrong;
+	};
+	EXPECT_EXIT(outlive_first_thread(count_wrong_answers), testing::ExitedWithCode(0), "");
+}
+
+TEST(zubPlatform_linux, ErrorNumberSaysWhyAFolderFailed) {
+	const Temporary_folder folder;
+	const xylVarString there(folder.path().c_str());
+	const xylVarString file(folder.make_file("file").c_str());
+	const xylVarString missing((folder / "missing").c_str());
+	const xylVarString deeper((folder / "missing/deeper").c_str());
+	struct Case {
+		const char* name;
+		bool (*operation)(const xylString_base&);
+		const xylVarString& path;
+		int error;
+	};
+	const Case cases[] = {
+		{"a folder that is there", zubPlatform::create_directory, there, EEXIST},
+		{"a file that is there", zubPlatform::create_directory, file, EEXIST},
+		{"a folder in a missing one", zubPlatform::create_directory, deeper, ENOENT},
+		{"a missing folder to delete", zubPlatform::remove_directory, missing, ENOENT},
+		{"one in a missing one", zubPlatform::remove_directory, deeper, ENOENT},
+		{"a missing folder", zubPlatform::is_directory_exists, missing, ENOENT},
+		{"a missing file", zubPlatform::file_exists, missing, ENOENT},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.name);
+		errno = 0;
+		EXPECT_FALSE(c.operation(c.path));
+		EXPECT_EQ(errno, c.error);
+	}
+	errno = 0;
+	EXPECT_EQ(zubPlatform::get_file_last_modification_date(missing), -1);
+	EXPECT_EQ(errno, ENOENT);
 }
 
 TEST(zubPlatform_linux, FiguresOfTheKernel) {
@@ -225,13 +321,21 @@ TEST(zubPlatform_linux, RemoveDeletesLinksAndNotWhatTheyLeadTo) {
 }
 
 TEST(zubPlatform_linux, RemoveReportsWhatItHadToLeave) {
-	if (geteuid() == 0) GTEST_SKIP() << "nothing is forbidden to this user";
+	static constexpr uid_t nobody = 65534;
 	const Temporary_folder folder;
 	const std::string kept = folder.make_file("tree/locked/file.txt");
 	std::filesystem::permissions(folder.path() / "tree/locked",
 	                             std::filesystem::perms::owner_read |
 	                                 std::filesystem::perms::owner_exec);
+	const bool is_root = geteuid() == 0; // to whom nothing is forbidden
+	if (is_root) {
+		ASSERT_EQ(seteuid(nobody), 0);
+	}
 	EXPECT_FALSE(zubPlatform::remove_directory(xylVarString((folder / "tree").c_str())));
+	EXPECT_EQ(errno, EACCES);
+	if (is_root) {
+		ASSERT_EQ(seteuid(0), 0);
+	}
 	EXPECT_TRUE(std::filesystem::exists(kept));
 }
 

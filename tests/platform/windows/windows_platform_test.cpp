@@ -179,6 +179,31 @@ TEST(zubPlatform_windows, AbsolutePathHasADriveAndForwardSlashes) {
 	EXPECT_STREQ(path.char_p(), "C:/b/c");
 }
 
+TEST(zubPlatform_windows, LastErrorSaysWhyAFolderFailed) {
+	const Temporary_folder folder;
+	const xylVarString there(folder.path().string().c_str());
+	const xylVarString missing((folder / "missing").c_str());
+	const xylVarString deeper((folder / "missing/deeper").c_str());
+	struct Case {
+		const char* name;
+		bool (*operation)(const xylString_base&);
+		const xylVarString& path;
+		DWORD error;
+	};
+	const Case cases[] = {
+		{"a folder that is there", zubPlatform::create_directory, there, ERROR_ALREADY_EXISTS},
+		{"a folder in a missing one", zubPlatform::create_directory, deeper, ERROR_PATH_NOT_FOUND},
+		{"a missing folder", zubPlatform::is_directory_exists, missing, ERROR_FILE_NOT_FOUND},
+		{"a missing file", zubPlatform::file_exists, missing, ERROR_FILE_NOT_FOUND},
+	};
+	for (const Case& c : cases) {
+		SCOPED_TRACE(c.name);
+		SetLastError(0);
+		EXPECT_FALSE(c.operation(c.path));
+		EXPECT_EQ(GetLastError(), c.error);
+	}
+}
+
 TEST(zubPlatform_windows, RemoveTakesBackslashesAndHiddenReadOnlyFiles) {
 	const Temporary_folder folder;
 	const std::string file = folder.make_file("tree/sub/file.txt");

@@ -1,5 +1,6 @@
 #include <morvantis/platform/system/path.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -122,5 +123,7 @@ bool os::delete_tree(const char* path) {
 	while (tree.size() > 1 && tree.back() == '/') tree.pop_back();
 	std::error_code failure;
 	const auto count = std::filesystem::remove_all(tree, failure);
-	return !failure && count > 0;
+	if (!failure && count > 0) return true;
+	errno = failure ? failure.value() : ENOENT;
+	return false;
 }
