@@ -187,9 +187,8 @@ public:
 	static bool create_directory(const xylString_base& path);
 	// Deletes a folder and all it holds, for good. Links within it go, what they lead to stays.
 	//
-	// `path`  a final path of at most 278 characters; a longer one ends the process. On Windows,
-	// one
-	//         that begins with a slash is looked for below the current folder.
+	// `path`  a final path of at most 278 characters; a longer one ends the process. On Windows it
+	//         is looked for below the current folder if it begins with a slash.
 	// Result  false when the folder doesn't exist or something in it could not be deleted.
 	static bool remove_directory(const xylString_base& path);
 	static bool is_directory_exists(const xylString_base& path);
