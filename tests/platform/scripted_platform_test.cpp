@@ -405,11 +405,11 @@ TEST_F(Scripted_platform_death_test, LargerFoldersEndTheProcess) {
 }
 
 TEST_F(Scripted_platform_test, AbsolutePathAsksForTheFinalOneAndTurnsBackslashes) {
-	scripted_system.path = "Z:\\work\\data\\a.txt";
+	scripted_system.path = "Z:\\game\\data\\a.txt";
 	EXPECT_EQ(std::string(zubPlatform::convert_base_path_to_absolute_path(
 							  xylConstString<64>("$BASE/data/a.txt"))
 	                          .char_p()),
-	          "Z:/work/data/a.txt");
+	          "Z:/game/data/a.txt");
 	EXPECT_THAT(calls(), ElementsAre("absolute_path(../../data/a.txt, 1024)"));
 }
 

@@ -123,12 +123,12 @@ TEST_F(Scripted_process_test, ShellGetsWhatTheCallerSays) {
 
 TEST_F(Scripted_process_test, ExistingFileIsOpenedByItsAbsolutePath) {
 	scripted_system.path_kind = os::Path_kind::file;
-	scripted_system.path = "/work/data/a.txt";
+	scripted_system.path = "/game/data/a.txt";
 	zubPlatform::open_with_default_app(xylConstString<64>("$BASE/data/a.txt"));
 	EXPECT_THAT(calls(),
 	            ElementsAre("path_kind(../../data/a.txt)", "absolute_path(../../data/a.txt, 1024)",
-	                        "path_kind(/work/data/a.txt)",
-	                        "shell_execute(open, /work/data/a.txt)"));
+	                        "path_kind(/game/data/a.txt)",
+	                        "shell_execute(open, /game/data/a.txt)"));
 }
 
 TEST_F(Scripted_process_test, MissingFileOrFolderIsNotOpened) {
