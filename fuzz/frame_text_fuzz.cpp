@@ -8,8 +8,6 @@
 #include <cstring>
 #include <memory>
 
-namespace {} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 	const std::unique_ptr<char[]> block(new char[size]); // so that a byte too far is seen
 	if (size > 0) std::memcpy(block.get(), data, size);

@@ -4,6 +4,7 @@
 // alike over and over, so that a branch predictor learns what becomes of each object by heart.
 
 #include "inputs.h"
+#include "peers.h"
 #include "plain_frustum.h"
 
 #include <benchmark/benchmark.h>
@@ -67,7 +68,6 @@ void cull(benchmark::State& state, const std::vector<Camera>& cameras, const std
 	state.SetItemsProcessed(state.iterations() * static_cast<long>(in.size()));
 }
 
-plain::Vec<float> to_plain(const xylVec3& v) { return {v.x, v.y, v.z}; }
 std::vector<plain::Frustum<float>> plain_cameras(View view) {
 	std::vector<plain::Frustum<float>> result;
 	for (const xylFrustum& frustum : cameras(view)) {
@@ -122,7 +122,6 @@ struct Glm_plane {
 struct Glm_frustum {
 	Glm_plane planes[6];
 };
-glm::vec3 to_glm(const xylVec3& v) { return {v.x, v.y, v.z}; }
 std::vector<Glm_frustum> glm_cameras(View view) {
 	std::vector<Glm_frustum> result;
 	for (const xylFrustum& frustum : cameras(view)) {

@@ -1,6 +1,7 @@
 // Vectors, quaternions, boxes and segments: what is done for each object each frame.
 
 #include "inputs.h"
+#include "peers.h"
 #include "plain_queries.h"
 
 #include <morvantis/math/xylmath.h>
@@ -14,11 +15,9 @@
 
 namespace {
 
-plain::Vec<float> to_plain(const xylVec3& v) { return {v.x, v.y, v.z}; }
 plain::Frame<float> to_plain(const xylMatrix_frame& m) {
 	return {to_plain(m.s), to_plain(m.f), to_plain(m.u), to_plain(m.origin)};
 }
-glm::vec3 to_glm(const xylVec3& v) { return {v.x, v.y, v.z}; }
 btVector3 to_bullet(const xylVec3& v) { return {v.x, v.y, v.z}; }
 
 // One call per input; `out` takes the results.

@@ -2,6 +2,7 @@
 // spheres by a third, triangles by one in 24.
 
 #include "inputs.h"
+#include "peers.h"
 #include "plain_queries.h"
 
 #include <benchmark/benchmark.h>
@@ -11,11 +12,9 @@
 
 namespace {
 
-plain::Vec<float> to_plain(const xylVec3& v) { return {v.x, v.y, v.z}; }
 plain::Ray<float> to_plain(const xylRay& ray) {
 	return {to_plain(ray.origin), to_plain(ray.direction), ray.max_distance};
 }
-glm::vec3 to_glm(const xylVec3& v) { return {v.x, v.y, v.z}; }
 
 struct Shot {
 	xylRay ray;
